@@ -1,0 +1,63 @@
+#ifndef QNLIB_STRINGS_LIB_STRING_H
+#define QNLIB_STRINGS_LIB_STRING_H
+
+#include "strings/string_w.h"
+
+/// The string of every interface of the library: Lib_StringW with loading from a module's string table. It
+/// has no field of its own, and one built from a Lib_StringW shares its block.
+class LIB_API Lib_String : public Lib_StringW
+{
+    using Char = wchar_t;
+    using String = Lib_String;
+
+public:
+    Lib_String() noexcept = default;
+    Lib_String(const Lib_String& source) : Lib_StringW(source) {}
+    Lib_String(const Lib_StringW& source) : Lib_StringW(source) {}
+    Lib_String(const wchar_t* pText) : Lib_StringW(pText) {}
+    Lib_String(wchar_t ch) : Lib_StringW(ch) {}
+
+    /// 8-bit text in the system's ANSI code page. Empty when the conversion fails.
+    Lib_String(const char* pText) : Lib_StringW(pText) {}
+
+    ~Lib_String() override = default;
+
+    /// The assignments of Lib_StringW.
+    Lib_String& operator=(const Lib_String& source)
+    {
+        assign(source);
+        return *this;
+    }
+    Lib_String& operator=(const Lib_StringW& source)
+    {
+        assign(source);
+        return *this;
+    }
+    Lib_String& operator=(const wchar_t* pText)
+    {
+        assign(pText);
+        return *this;
+    }
+    Lib_String& operator=(wchar_t ch)
+    {
+        assign(ch);
+        return *this;
+    }
+
+    /// Replaces the text by string `nId` of a module's string table, of any length; null means the
+    /// process's executable. 1 for a text, 0 for a missing or empty one, which leaves this string empty.
+    int Load_String(unsigned int nId, HINSTANCE hModule);
+
+#include "strings/string_concatenation.inl"
+
+    friend Lib_String operator+(const Lib_String& left, const Lib_StringW& right)
+    {
+        return left + Lib_String(right);
+    }
+    friend Lib_String operator+(const Lib_StringW& left, const Lib_String& right)
+    {
+        return Lib_String(left) + right;
+    }
+};
+
+#endif

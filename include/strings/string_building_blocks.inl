@@ -1,0 +1,89 @@
+// The building blocks of Lib_StringA and Lib_StringW for classes that derive from them. Included in the
+// protected section of either class. Lengths, counts and indexes are in characters.
+
+struct Empty_Data
+{
+    Data m_Header;
+    Char m_chEnd;
+};
+
+/// The class's shared empty block: constant initial data, so strings work during any static
+/// initialisation. Its contents never change.
+static Empty_Data s_Empty;
+
+Char* m_pChars; ///< the text of the block; null reads as the shared empty block
+
+Data* get_Data() const noexcept
+{
+    return m_pChars != nullptr ? reinterpret_cast<Data*>(m_pChars) - 1 : &s_Empty.m_Header;
+}
+
+/// Takes the shared empty block and releases nothing.
+void init() noexcept { m_pChars = &s_Empty.m_chEnd; }
+
+/// Characters before the NUL; 0 for null.
+static unsigned long long safe_Strlen(const Char* pText) noexcept;
+
+/// Takes a new private block of length and capacity `nLength` with its NUL set, or the shared empty block
+/// for 0. The previous block isn't released.
+void alloc_Buffer(unsigned long long nLength);
+
+/// Makes room for `nLength` characters of new text; the old text need not survive. A private or locked
+/// block that is large enough stays; otherwise it is released before the new one is allocated.
+void alloc_Before_Write(unsigned long long nLength);
+
+/// Makes a shared block private, with an exact copy of the text; the old block is released last.
+void copy_Before_Write();
+
+/// Replaces the text by `nLength` characters, which may lie in this string's own private block. Null is
+/// allowed with 0.
+void assign_Copy(unsigned long long nLength, const Char* pText);
+
+/// Fills the fresh string `dest` with `nCount` characters from `nIndex` of this one and leaves room for
+/// `nExtra` more behind them, which the length counts already. dest's previous block isn't released.
+void alloc_Copy(String& dest, unsigned long long nCount, unsigned long long nIndex,
+                unsigned long long nExtra) const;
+
+/// Takes a new block with both texts; the previous block isn't released. Nothing happens when both are
+/// empty.
+void concat_Copy(unsigned long long nCount1, const Char* pText1, unsigned long long nCount2,
+                 const Char* pText2);
+
+/// Appends characters, which may lie in this string's own block.
+void concat_In_Place(unsigned long long nCount, const Char* pText);
+
+/// Takes one holder from a block and frees it after the last; m_pChars stays as it is.
+void release(Data* pBlock) noexcept
+{
+    if (pBlock != &s_Empty.m_Header && pBlock->m_nRef_Count.fetch_sub(1) - 1 <= 0)
+        free_Data(pBlock);
+}
+void release() noexcept { Flush(); }
+
+/// Shares the source's block, or copies the text up to its first NUL when the source is locked. For
+/// constructors: there is no previous block.
+void init_Copy(const String& source)
+{
+    Data* pBlock = source.get_Data();
+    if (pBlock->m_nRef_Count.load(std::memory_order_acquire) < 0)
+    {
+        init_Text_Copy(source);
+        return;
+    }
+    pBlock->m_nRef_Count.fetch_add(1);
+    m_pChars = source.m_pChars;
+}
+
+/// Take a text up to its NUL, or one character whatever it is. For constructors as well.
+void init_Text_Copy(const String& source);
+void init_Text(const Char* pText);
+void init_Character(Char ch);
+
+/// The assignments' work.
+void assign(const String& source);
+void assign(const Char* pText);
+void assign(Char ch);
+
+/// String `nId` of a module's string table into a buffer of `nSize` units, ended with a NUL; the number of
+/// units, 0 for a missing string.
+int load_String(unsigned int nId, wchar_t* pBuffer, int nSize, HINSTANCE hModule) const;
