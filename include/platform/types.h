@@ -6,6 +6,11 @@
 // The platform's basic types at their documented widths, and the codes of the last error. Included through
 // lib_platform.h only.
 
+// The platform's calling convention: there is only one here.
+#ifndef WINAPI
+#define WINAPI
+#endif
+
 namespace qn_platform
 {
 
