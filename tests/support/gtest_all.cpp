@@ -1,6 +1,6 @@
 // GoogleTest in one translation unit, with the few wide-text functions of the C runtime that it calls
-// replaced: the runtime on Linux takes wchar_t for 32 bits, so it would run past the end of a 16-bit text when
-// an assertion prints or compares one.
+// replaced: the runtime on Linux takes wchar_t for 32 bits, so it would run past the end of a 16-bit text
+// when an assertion prints or compares one.
 
 #include <cwchar>
 #include <cwctype>

@@ -58,14 +58,20 @@ using Wide_Text = Counted_Text<wchar_t>;
 using Narrow_Text = Counted_Text<char>;
 
 template <class T>
-concept Wide_String = requires(const T& text) {
-    { text.GetW() } -> std::same_as<const wchar_t*>;
+concept Wide_String = requires(const T& text)
+{
+    {
+        text.GetW()
+        } -> std::same_as<const wchar_t*>;
     text.Get_Length();
 };
 
 template <class T>
-concept Narrow_String = requires(const T& text) {
-    { text.GetA() } -> std::same_as<const char*>;
+concept Narrow_String = requires(const T& text)
+{
+    {
+        text.GetA()
+        } -> std::same_as<const char*>;
     text.Get_Length();
 };
 
@@ -118,17 +124,19 @@ std::string Readable(const Counted_Text<Char>& text)
     return out.str();
 }
 
-template <class Char>
+// The predicate of EXPECT_TEXT_EQ.
+template <class Expected, class Actual>
 testing::AssertionResult Same_Text(const char* expected_code, const char* actual_code,
-                                   const Counted_Text<Char>& expected, const Counted_Text<Char>& actual)
+                                   const Expected& expected, const Actual& actual)
 {
-    if (expected == actual)
+    const auto wanted = Text_Of(expected);
+    const auto found = Text_Of(actual);
+    if (wanted == found)
     {
         return testing::AssertionSuccess();
     }
-    return testing::AssertionFailure() << actual_code << "\n  is       " << Readable(actual)
-                                       << "\n  expected " << Readable(expected) << "\n  from     "
-                                       << expected_code;
+    return testing::AssertionFailure() << actual_code << "\n  is       " << Readable(found) << "\n  expected "
+                                       << Readable(wanted) << "\n  from     " << expected_code;
 }
 
 // Which target this program was built for, for GTEST_SKIP() with its reason in a test that cannot hold there.
@@ -142,17 +150,13 @@ inline constexpr bool Windows_Target = false;
 
 // How GoogleTest prints the string classes, which it finds by the name of the class's own name space.
 template <class T>
-    requires test_support::Wide_String<T> || test_support::Narrow_String<T>
+requires test_support::Wide_String<T> || test_support::Narrow_String<T>
 void PrintTo(const T& text, std::ostream* out)
 {
     *out << test_support::Readable(test_support::Text_Of(text));
 }
 
-#define EXPECT_TEXT_EQ(expected, actual)                                                                     \
-    EXPECT_TRUE(test_support::Same_Text(#expected, #actual, test_support::Text_Of(expected),                 \
-                                        test_support::Text_Of(actual)))
-#define ASSERT_TEXT_EQ(expected, actual)                                                                     \
-    ASSERT_TRUE(test_support::Same_Text(#expected, #actual, test_support::Text_Of(expected),                 \
-                                        test_support::Text_Of(actual)))
+#define EXPECT_TEXT_EQ(expected, actual) EXPECT_PRED_FORMAT2(test_support::Same_Text, expected, actual)
+#define ASSERT_TEXT_EQ(expected, actual) ASSERT_PRED_FORMAT2(test_support::Same_Text, expected, actual)
 
 #endif
