@@ -71,9 +71,11 @@ public:
     virtual operator LibT_Buffer<wchar_t>() const;
 
     /// The text itself, valid until the string changes; null for an empty string.
-    const char* GetA() const noexcept { return get_Data()->m_nLength != 0 ? m_pChars : nullptr; }
+    const char* GetA() const noexcept { return Is_Empty() ? nullptr : m_pChars; }
     virtual operator const char*() const { return GetA(); }
 
+    /// Orders unit by unit as unsigned values: -1, 0 or 1, with one exception: an empty string comes after
+    /// every other. Null counts as empty.
     virtual int Compare(const char* pText) const;
 
     /// The character at an index, as Get_At.
@@ -96,10 +98,6 @@ protected:
 
     /// Gives a block back to the allocator.
     static void free_Data(Data* pBlock) noexcept;
-
-private:
-    bool equals(const Lib_StringA& other) const noexcept;
-    bool equals(const char* pText) const noexcept;
 };
 
 #endif

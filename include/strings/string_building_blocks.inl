@@ -18,11 +18,26 @@ Data* get_Data() const noexcept
     return m_pChars != nullptr ? reinterpret_cast<Data*>(m_pChars) - 1 : &s_Empty.m_Header;
 }
 
+/// The text for reading; never null.
+Char* get_Text() const noexcept
+{
+    return m_pChars != nullptr ? m_pChars : &s_Empty.m_chEnd;
+}
+
 /// Takes the shared empty block and releases nothing.
-void init() noexcept { m_pChars = &s_Empty.m_chEnd; }
+void init() noexcept
+{
+    m_pChars = &s_Empty.m_chEnd;
+}
 
 /// Characters before the NUL; 0 for null.
 static unsigned long long safe_Strlen(const Char* pText) noexcept;
+
+/// The sum of two lengths; std::bad_alloc when it doesn't fit.
+static unsigned long long st_Add_Lengths(unsigned long long nLeft, unsigned long long nRight);
+
+/// Stores the length of the text and its NUL, within the capacity; the shared empty block stays as it is.
+void set_Length(unsigned long long nLength) noexcept;
 
 /// Takes a new private block of length and capacity `nLength` with its NUL set, or the shared empty block
 /// for 0. The previous block isn't released.
@@ -58,7 +73,10 @@ void release(Data* pBlock) noexcept
     if (pBlock != &s_Empty.m_Header && pBlock->m_nRef_Count.fetch_sub(1) - 1 <= 0)
         free_Data(pBlock);
 }
-void release() noexcept { Flush(); }
+void release() noexcept
+{
+    Flush();
+}
 
 /// Shares the source's block, or copies the text up to its first NUL when the source is locked. For
 /// constructors: there is no previous block.
@@ -87,3 +105,12 @@ void assign(Char ch);
 /// String `nId` of a module's string table into a buffer of `nSize` units, ended with a NUL; the number of
 /// units, 0 for a missing string.
 int load_String(unsigned int nId, wchar_t* pBuffer, int nSize, HINSTANCE hModule) const;
+
+/// The bodies that several operations share.
+bool equals(const String& other) const noexcept;
+bool equals(const Char* pText) const noexcept;
+void insert(int nIndex, const Char* pText, unsigned long long nCount);
+template <class Matches>
+void trim_Front(Matches matches);
+template <class Matches>
+void trim_Back(Matches matches);

@@ -83,9 +83,11 @@ public:
     LibT_Buffer<char> GetA() const;
 
     /// The text itself, valid until the string changes; null for an empty string.
-    const wchar_t* GetW() const noexcept { return get_Data()->m_nLength != 0 ? m_pChars : nullptr; }
+    const wchar_t* GetW() const noexcept { return Is_Empty() ? nullptr : m_pChars; }
     virtual operator const wchar_t*() const { return GetW(); }
 
+    /// Orders unit by unit as unsigned values: -1, 0 or 1, with one exception: an empty string comes after
+    /// every other. Null counts as empty.
     virtual int Compare(const wchar_t* pText) const;
 
 #include "strings/string_core.inl"
@@ -101,10 +103,6 @@ protected:
 
     /// Gives a block back to the allocator.
     void free_Data(Data* pBlock) noexcept;
-
-private:
-    bool equals(const Lib_StringW& other) const noexcept;
-    bool equals(const wchar_t* pText) const noexcept;
 };
 
 #endif

@@ -1,0 +1,101 @@
+#ifndef QNLIB_SRC_STRINGS_CHARACTERS_H
+#define QNLIB_SRC_STRINGS_CHARACTERS_H
+
+#include <cstddef>
+#include <cstring>
+#include <type_traits>
+
+// Characters of either width as the string operations handle them: moved, counted, compared as unsigned.
+
+namespace characters
+{
+
+template <class Char>
+using Unsigned = std::make_unsigned_t<std::conditional_t<sizeof(Char) == 1, char, short>>;
+
+/// The unit as an unsigned value, by which texts are ordered.
+template <class Char>
+constexpr unsigned int Value(Char ch) noexcept
+{
+    return static_cast<Unsigned<Char>>(ch);
+}
+
+/// Copies to a place that may overlap. Null is allowed with a count of 0.
+template <class Char>
+void Move(Char* pTarget, const Char* pSource, std::size_t nCount) noexcept
+{
+    if (nCount != 0)
+        std::memmove(pTarget, pSource, nCount * sizeof(Char));
+}
+
+/// Copies to a place elsewhere. Null is allowed with a count of 0.
+template <class Char>
+void Copy(Char* pTarget, const Char* pSource, std::size_t nCount) noexcept
+{
+    if (nCount != 0)
+        std::memcpy(pTarget, pSource, nCount * sizeof(Char));
+}
+
+/// Characters before the NUL.
+inline std::size_t Length(const char* pText) noexcept
+{
+    return std::strlen(pText);
+}
+inline std::size_t Length(const wchar_t* pText) noexcept
+{
+    const wchar_t* pEnd = pText;
+    while (*pEnd != 0)
+        ++pEnd;
+    return static_cast<std::size_t>(pEnd - pText);
+}
+
+/// Characters before the NUL, at most nLimit; nothing behind the limit is read.
+template <class Char>
+std::size_t Length_Up_To(const Char* pText, std::size_t nLimit) noexcept
+{
+    std::size_t nLength = 0;
+    while (nLength < nLimit && pText[nLength] != 0)
+        ++nLength;
+    return nLength;
+}
+
+/// Whether a character stands in a NUL-ended set; the NUL never does.
+template <class Char>
+bool Is_In(Char ch, const Char* pSet) noexcept
+{
+    for (; *pSet != 0; ++pSet)
+        if (*pSet == ch)
+            return true;
+    return false;
+}
+
+/// Length of the leading run of characters that all stand, or none of which stands, in a NUL-ended set.
+template <class Char>
+std::size_t Run_Inside(const Char* pText, const Char* pSet) noexcept
+{
+    std::size_t nRun = 0;
+    while (Is_In(pText[nRun], pSet))
+        ++nRun;
+    return nRun;
+}
+template <class Char>
+std::size_t Run_Outside(const Char* pText, const Char* pSet) noexcept
+{
+    std::size_t nRun = 0;
+    while (pText[nRun] != 0 && !Is_In(pText[nRun], pSet))
+        ++nRun;
+    return nRun;
+}
+
+/// -1, 0 or 1 by the first units that differ, as unsigned values, up to and with the first NUL.
+template <class Char>
+int Compare(const Char* pLeft, const Char* pRight) noexcept
+{
+    while (*pLeft == *pRight && *pLeft != 0)
+        ++pLeft, ++pRight;
+    return *pLeft == *pRight ? 0 : Value(*pLeft) < Value(*pRight) ? -1 : 1;
+}
+
+} // namespace characters
+
+#endif

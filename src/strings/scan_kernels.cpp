@@ -1,0 +1,118 @@
+// The searches with the vectors that every machine of the target has, and the choice of the best that this
+// machine has.
+
+#include "strings/scan.h"
+#include "strings/scan_dispatch.h"
+
+#include <algorithm>
+#include <atomic>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+namespace
+{
+
+#if defined(__SSE2__)
+
+template <class Char>
+struct Vector
+{
+    static constexpr std::size_t Lanes = 16 / sizeof(Char);
+
+    static __m128i Load(const Char* pText) noexcept
+    {
+        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(pText));
+    }
+    static __m128i Fill(Char ch) noexcept
+    {
+        if constexpr (sizeof(Char) == 1)
+            return _mm_set1_epi8(static_cast<char>(ch));
+        else
+            return _mm_set1_epi16(static_cast<short>(ch));
+    }
+    static __m128i Equal(__m128i left, __m128i right) noexcept
+    {
+        return sizeof(Char) == 1 ? _mm_cmpeq_epi8(left, right) : _mm_cmpeq_epi16(left, right);
+    }
+    static __m128i Either(__m128i left, __m128i right) noexcept { return _mm_or_si128(left, right); }
+    static __m128i Both(__m128i left, __m128i right) noexcept { return _mm_and_si128(left, right); }
+    static unsigned int Bits(__m128i lanes) noexcept
+    {
+        return static_cast<unsigned int>(_mm_movemask_epi8(lanes));
+    }
+};
+
+#include "strings/scan_kernels.inl"
+
+#else
+
+template <class Char>
+std::size_t find_Character(const Char* pText, std::size_t, Char ch) noexcept
+{
+    std::size_t i = 0;
+    while (pText[i] != ch && pText[i] != 0)
+        ++i;
+    return pText[i] == ch ? i : scan::None;
+}
+
+template <class Char>
+std::size_t find_Text(const Char* pText, std::size_t nLength, const Char* pPart, std::size_t nPart) noexcept
+{
+    if (nPart == 0)
+        return 0;
+    for (std::size_t i = 0; i + nPart <= nLength && pText[i] != 0; ++i)
+        if (std::equal(pPart, pPart + nPart, pText + i))
+            return i;
+    return scan::None;
+}
+
+#endif
+
+// Chosen at the first search; threads that come together choose the same.
+std::atomic<const scan::Kernels*> g_pKernels{nullptr};
+
+const scan::Kernels& choose_Kernels() noexcept
+{
+    const scan::Kernels* pKernels = &scan::Base_Kernels;
+#if defined(QNLIB_AVX2_KERNELS)
+    if (__builtin_cpu_supports("avx2"))
+        pKernels = &scan::Avx2_Kernels;
+#endif
+    g_pKernels.store(pKernels, std::memory_order_relaxed);
+    return *pKernels;
+}
+
+const scan::Kernels& kernels() noexcept
+{
+    const scan::Kernels* pKernels = g_pKernels.load(std::memory_order_relaxed);
+    return pKernels != nullptr ? *pKernels : choose_Kernels();
+}
+
+} // namespace
+
+const scan::Kernels scan::Base_Kernels = {find_Character<char>, find_Character<wchar_t>, find_Text<char>,
+                                          find_Text<wchar_t>};
+
+std::size_t scan::Find_Character(const char* pText, std::size_t nLength, char ch) noexcept
+{
+    return kernels().m_pFind_CharacterA(pText, nLength, ch);
+}
+
+std::size_t scan::Find_Character(const wchar_t* pText, std::size_t nLength, wchar_t ch) noexcept
+{
+    return kernels().m_pFind_CharacterW(pText, nLength, ch);
+}
+
+std::size_t scan::Find_Text(const char* pText, std::size_t nLength, const char* pPart,
+                            std::size_t nPart) noexcept
+{
+    return kernels().m_pFind_TextA(pText, nLength, pPart, nPart);
+}
+
+std::size_t scan::Find_Text(const wchar_t* pText, std::size_t nLength, const wchar_t* pPart,
+                            std::size_t nPart) noexcept
+{
+    return kernels().m_pFind_TextW(pText, nLength, pPart, nPart);
+}
