@@ -1,0 +1,262 @@
+#include "platform/text/runtime_locale.h"
+
+#include "lib_platform.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <string>
+
+#include <langinfo.h>
+#include <wctype.h>
+
+namespace qn_platform
+{
+
+namespace
+{
+
+wchar_t g_C_Name[] = L"C";
+constinit const Runtime_Locale g_C_Locale{nullptr, L'.', g_C_Name, nullptr, {}, {}};
+
+/// Guards the list of locales that were asked for so far, newest first. It grows by one for each name, and
+/// nothing is taken out of it.
+constinit std::mutex g_Locales_Mutex;
+constinit const Runtime_Locale* g_pLocales = &g_C_Locale;
+
+constexpr int CATEGORY_ALL = 0;
+constexpr std::size_t LONGEST_NAME = 255;
+
+struct Category
+{
+    const char* m_pName;
+    int m_nMask;
+};
+
+/// What the runtime's locale consists of.
+constexpr std::array<Category, 3> CATEGORIES{
+    {{"LC_COLLATE", LC_COLLATE_MASK}, {"LC_CTYPE", LC_CTYPE_MASK}, {"LC_NUMERIC", LC_NUMERIC_MASK}}};
+
+using Category_Names = std::array<std::string, CATEGORIES.size()>;
+
+bool is_C_Name(const std::string& name) { return name == "C" || name == "POSIX"; }
+
+bool speaks_Utf8(locale_t host) { return std::strcmp(nl_langinfo_l(CODESET, host), "UTF-8") == 0; }
+
+/// The name's UTF-8 variant: "de_DE@euro" and "de_DE.ISO-8859-15@euro" give "de_DE.UTF-8@euro".
+std::string get_Utf8_Name(const std::string& name)
+{
+    const std::size_t modifier = std::min(name.find('@'), name.size());
+    const std::size_t codeset = std::min(name.find('.'), modifier);
+    return name.substr(0, codeset) + ".UTF-8" + name.substr(modifier);
+}
+
+/// Puts one category of a host locale into `base`, and gives base up for the result. Null, with base
+/// untouched, when the host has no such locale with UTF-8.
+locale_t add_Category(const Category& category, const std::string& name, locale_t base)
+{
+    if (is_C_Name(name))
+        return newlocale(category.m_nMask, "C", base);
+    const locale_t probe = newlocale(LC_ALL_MASK, name.c_str(), nullptr);
+    if (probe == nullptr)
+        return nullptr;
+    const bool utf8 = speaks_Utf8(probe);
+    freelocale(probe);
+    return newlocale(category.m_nMask, utf8 ? name.c_str() : get_Utf8_Name(name).c_str(), base);
+}
+
+bool is_Known(const Category& category, const std::string& name)
+{
+    const locale_t locale = add_Category(category, name, nullptr);
+    if (locale != nullptr)
+        freelocale(locale);
+    return locale != nullptr;
+}
+
+/// The host locale of the three names on the ground of "C.UTF-8", so that it speaks UTF-8 whichever
+/// category comes from "C". Null when a name is unknown.
+locale_t open_Host(const Category_Names& names)
+{
+    locale_t locale = newlocale(LC_ALL_MASK, "C.UTF-8", nullptr);
+    for (std::size_t index = 0; locale != nullptr && index < CATEGORIES.size(); ++index)
+    {
+        if (is_C_Name(names[index]))
+            continue;
+        const locale_t next = add_Category(CATEGORIES[index], names[index], locale);
+        if (next == nullptr)
+            freelocale(locale);
+        locale = next;
+    }
+    return locale;
+}
+
+std::string get_Environment(const char* name)
+{
+    const char* value = std::getenv(name);
+    return value == nullptr ? std::string() : std::string(value);
+}
+
+/// The user's name for a category by the environment; "C" where that says nothing or names what the host
+/// lacks.
+std::string get_User_Name(const Category& category)
+{
+    for (const char* variable : {"LC_ALL", category.m_pName, "LANG"})
+    {
+        const std::string name = get_Environment(variable);
+        if (!name.empty())
+            return !is_C_Name(name) && name.size() <= LONGEST_NAME && is_Known(category, name) ? name : "C";
+    }
+    return "C";
+}
+
+Category_Names get_Category_Names(const std::string& name)
+{
+    Category_Names names;
+    for (std::size_t index = 0; index < CATEGORIES.size(); ++index)
+        names[index] = name.empty() ? get_User_Name(CATEGORIES[index]) : name;
+    return names;
+}
+
+/// One name for the whole: the common one, or each category with its own.
+std::string join_Names(const Category_Names& names)
+{
+    if (std::all_of(names.begin(), names.end(), is_C_Name))
+        return "C";
+    if (std::all_of(names.begin(), names.end(), [&](const std::string& name) { return name == names[0]; }))
+        return names[0];
+    std::string joined;
+    for (std::size_t index = 0; index < CATEGORIES.size(); ++index)
+        joined += std::string(index == 0 ? "" : ";") + CATEGORIES[index].m_pName + "=" + names[index];
+    return joined;
+}
+
+bool has_Name(const Runtime_Locale& locale, const std::string& name)
+{
+    std::size_t index = 0;
+    while (index < name.size() && locale.m_pName[index] == static_cast<unsigned char>(name[index]))
+        ++index;
+    return index == name.size() && locale.m_pName[index] == 0;
+}
+
+const Runtime_Locale* find_Locale(const std::string& name)
+{
+    const Runtime_Locale* locale = g_pLocales;
+    while (locale != nullptr && !has_Name(*locale, name))
+        locale = locale->m_pNext;
+    return locale;
+}
+
+wchar_t get_Decimal_Point(locale_t host)
+{
+    wchar_t unit = L'.';
+    const char* point = nl_langinfo_l(RADIXCHAR, host);
+    MultiByteToWideChar(CP_UTF8, 0, point, static_cast<int>(std::strlen(point)), &unit, 1);
+    return unit;
+}
+
+/// The byte of Windows-1252 for a unit, or `byte` when there is none.
+char to_Byte(wchar_t unit, char byte)
+{
+    BOOL lost = FALSE;
+    char result = byte;
+    const int written = WideCharToMultiByte(CP_ACP, 0, &unit, 1, &result, 1, nullptr, &lost);
+    return written == 1 && !lost ? result : byte;
+}
+
+void fill_Byte_Tables(Runtime_Locale& locale)
+{
+    for (int value = 0; value < 256; ++value)
+    {
+        const char byte = static_cast<char>(value);
+        wchar_t unit = 0;
+        MultiByteToWideChar(CP_ACP, 0, &byte, 1, &unit, 1);
+        locale.m_Lower_Bytes[value] = to_Byte(locale.Lower(unit), byte);
+        locale.m_Upper_Bytes[value] = to_Byte(locale.Upper(unit), byte);
+    }
+}
+
+const Runtime_Locale* add_Locale(const std::string& name, const Category_Names& names)
+{
+    auto text = std::make_unique<wchar_t[]>(name.size() + 1);
+    for (std::size_t index = 0; index < name.size(); ++index)
+        text[index] = static_cast<unsigned char>(name[index]);
+    auto locale = std::make_unique<Runtime_Locale>();
+    locale->m_Host = open_Host(names);
+    if (locale->m_Host == nullptr)
+        return nullptr;
+    locale->m_cDecimal_Point = get_Decimal_Point(locale->m_Host);
+    locale->m_pName = text.release();
+    locale->m_pNext = g_pLocales;
+    fill_Byte_Tables(*locale);
+    g_pLocales = locale.get();
+    return locale.release();
+}
+
+/// `name` in 8 bits; false when no host locale can have it.
+bool get_Host_Name(const wchar_t* name, std::string& host_name)
+{
+    for (; *name != 0; ++name)
+    {
+        if (*name <= ' ' || *name >= 0x7F || host_name.size() == 4 * LONGEST_NAME)
+            return false;
+        host_name += static_cast<char>(*name);
+    }
+    return true;
+}
+
+const Runtime_Locale* set_Locale(const wchar_t* name)
+{
+    std::string host_name;
+    if (!get_Host_Name(name, host_name))
+        return nullptr;
+    const std::lock_guard lock(g_Locales_Mutex);
+    const Runtime_Locale* locale = find_Locale(is_C_Name(host_name) ? "C" : host_name);
+    if (locale == nullptr)
+    {
+        const Category_Names names = get_Category_Names(host_name);
+        const std::string joined = join_Names(names);
+        locale = find_Locale(joined);
+        if (locale == nullptr)
+            locale = add_Locale(joined, names);
+    }
+    if (locale != nullptr)
+        g_pRuntime_Locale.store(locale, std::memory_order_release);
+    return locale;
+}
+
+wchar_t fold_Unit(wchar_t unit, wint_t (*fold)(wint_t, locale_t), locale_t host)
+{
+    const wint_t folded = fold(unit, host);
+    return folded <= 0xFFFF ? static_cast<wchar_t>(folded) : unit;
+}
+
+} // namespace
+
+constinit std::atomic<const Runtime_Locale*> g_pRuntime_Locale{&g_C_Locale};
+
+wchar_t Runtime_Locale::Lower(wchar_t unit) const { return fold_Unit(unit, towlower_l, m_Host); }
+
+wchar_t Runtime_Locale::Upper(wchar_t unit) const { return fold_Unit(unit, towupper_l, m_Host); }
+
+wchar_t* _wsetlocale(int category, const wchar_t* name)
+{
+    if (category != CATEGORY_ALL)
+        return nullptr;
+    if (name == nullptr)
+        return Get_Runtime_Locale().m_pName;
+    try
+    {
+        const Runtime_Locale* locale = set_Locale(name);
+        return locale == nullptr ? nullptr : locale->m_pName;
+    }
+    catch (const std::bad_alloc&)
+    {
+        return nullptr;
+    }
+}
+
+} // namespace qn_platform
