@@ -19,16 +19,10 @@ Data* get_Data() const noexcept
 }
 
 /// The text for reading; never null.
-Char* get_Text() const noexcept
-{
-    return m_pChars != nullptr ? m_pChars : &s_Empty.m_chEnd;
-}
+Char* get_Text() const noexcept { return m_pChars != nullptr ? m_pChars : &s_Empty.m_chEnd; }
 
 /// Takes the shared empty block and releases nothing.
-void init() noexcept
-{
-    m_pChars = &s_Empty.m_chEnd;
-}
+void init() noexcept { m_pChars = &s_Empty.m_chEnd; }
 
 /// Characters before the NUL; 0 for null.
 static unsigned long long safe_Strlen(const Char* pText) noexcept;
@@ -73,10 +67,7 @@ void release(Data* pBlock) noexcept
     if (pBlock != &s_Empty.m_Header && pBlock->m_nRef_Count.fetch_sub(1) - 1 <= 0)
         free_Data(pBlock);
 }
-void release() noexcept
-{
-    Flush();
-}
+void release() noexcept { Flush(); }
 
 /// Shares the source's block, or copies the text up to its first NUL when the source is locked. For
 /// constructors: there is no previous block.

@@ -32,21 +32,12 @@ struct Data
 };
 
 /// Characters in use.
-unsigned long long Get_Length() const noexcept
-{
-    return get_Data()->m_nLength;
-}
+unsigned long long Get_Length() const noexcept { return get_Data()->m_nLength; }
 
 /// Characters the block can hold.
-unsigned long long Get_Alloc_Length() const noexcept
-{
-    return get_Data()->m_nAlloc_Length;
-}
+unsigned long long Get_Alloc_Length() const noexcept { return get_Data()->m_nAlloc_Length; }
 
-bool Is_Empty() const noexcept
-{
-    return get_Data()->m_nLength == 0;
-}
+bool Is_Empty() const noexcept { return get_Data()->m_nLength == 0; }
 
 /// A writable buffer for at least `nLength` characters that begins with the present text, valid until the
 /// next operation that may replace the block. A private or locked block that is large enough is handed out

@@ -21,34 +21,22 @@ int Collate(const Char* pText) const;
 int CollateNoCase(const Char* pText) const;
 
 /// Whether both texts match up to and with their first NUL.
-bool operator==(const String& other) const noexcept
-{
-    return equals(other);
-}
+bool operator==(const String& other) const noexcept { return equals(other); }
 
 /// The same against a text. A template, so that `s == text` prefers the free operator, which goes through
 /// the virtual Compare.
 template <class Text>
 requires std::is_same_v<Text, Char>
-bool operator==(const Text* pText) const noexcept
-{
-    return equals(pText);
-}
+bool operator==(const Text* pText) const noexcept { return equals(pText); }
 
 /// The first `ch`, from nStart if given. A NUL finds the end of the text. -1 for an empty string, and when
 /// nStart isn't below the length.
-int Find(Char ch) const noexcept
-{
-    return Find(ch, 0);
-}
+int Find(Char ch) const noexcept { return Find(ch, 0); }
 int Find(Char ch, int nStart) const noexcept;
 
 /// The first occurrence of a text, from nStart if given; -1 also when nStart is above the length. An empty
 /// text is found where the search starts, but never in an empty Lib_StringA.
-int Find(const Char* pText) const noexcept
-{
-    return Find(pText, 0);
-}
+int Find(const Char* pText) const noexcept { return Find(pText, 0); }
 int Find(const Char* pText, int nStart) const noexcept;
 
 /// The first character that stands in the set.
@@ -62,20 +50,14 @@ String Left(unsigned long long nCount) const;
 String Right(unsigned long long nCount) const;
 /// At most nCount characters from nFirst on, none when nFirst is above the length.
 String Mid(unsigned long long nFirst, unsigned long long nCount) const;
-String Mid(unsigned long long nFirst) const
-{
-    return Mid(nFirst, ~0ULL);
-}
+String Mid(unsigned long long nFirst) const { return Mid(nFirst, ~0ULL); }
 
 /// The leading run of characters that all stand, or none of which stands, in the set.
 String Span_Including(const Char* pSet) const;
 String Span_Excluding(const Char* pSet) const;
 
 /// The character at an index, which must not exceed the length; the length itself reads the NUL.
-Char Get_At(unsigned long long nIndex) const noexcept
-{
-    return get_Text()[nIndex];
-}
+Char Get_At(unsigned long long nIndex) const noexcept { return get_Text()[nIndex]; }
 
 /// Detaches and stores a character; nIndex must be below the length, which stays.
 void Set_At(unsigned long long nIndex, Char ch);

@@ -37,10 +37,7 @@ void Copy(Char* pTarget, const Char* pSource, std::size_t nCount) noexcept
 }
 
 /// Characters before the NUL.
-inline std::size_t Length(const char* pText) noexcept
-{
-    return std::strlen(pText);
-}
+inline std::size_t Length(const char* pText) noexcept { return std::strlen(pText); }
 inline std::size_t Length(const wchar_t* pText) noexcept
 {
     const wchar_t* pEnd = pText;

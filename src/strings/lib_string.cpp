@@ -8,10 +8,7 @@ namespace
 {
 
 // A text that leaves fewer than two places free may have been cut.
-bool is_Whole(int nLength, int nSize) noexcept
-{
-    return nSize - nLength >= 2;
-}
+bool is_Whole(int nLength, int nSize) noexcept { return nSize - nLength >= 2; }
 
 } // namespace
 

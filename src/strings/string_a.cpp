@@ -43,20 +43,11 @@ Lib_StringA::Lib_StringA(const wchar_t* pText)
 }
 
 // The buffer's room is fixed by the text's length, of which a conversion to 16 bits never needs more.
-LibT_Buffer<wchar_t> Lib_StringA::Get() const
-{
-    return width_conversion::To_Wide_Buffer(GetA(), 1);
-}
+LibT_Buffer<wchar_t> Lib_StringA::Get() const { return width_conversion::To_Wide_Buffer(GetA(), 1); }
 
-LibT_Buffer<wchar_t> Lib_StringA::GetW() const
-{
-    return width_conversion::To_Wide_Buffer(GetA(), 2);
-}
+LibT_Buffer<wchar_t> Lib_StringA::GetW() const { return width_conversion::To_Wide_Buffer(GetA(), 2); }
 
-Lib_StringA::operator LibT_Buffer<wchar_t>() const
-{
-    return Get();
-}
+Lib_StringA::operator LibT_Buffer<wchar_t>() const { return Get(); }
 
 void Lib_StringA::ANSI_To_OEM()
 {

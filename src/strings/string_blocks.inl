@@ -8,10 +8,7 @@ unsigned long long String::safe_Strlen(const Char* pText) noexcept
     return pText != nullptr ? characters::Length(pText) : 0;
 }
 
-void String::free_Data(Data* pBlock) noexcept
-{
-    ::operator delete(pBlock);
-}
+void String::free_Data(Data* pBlock) noexcept { ::operator delete(pBlock); }
 
 unsigned long long String::st_Add_Lengths(unsigned long long nLeft, unsigned long long nRight)
 {

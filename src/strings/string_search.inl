@@ -48,10 +48,7 @@ int String::CompareNoCase(const Char* pText) const
     return qn_runtime::Compare_No_Case(get_Text(), text_Or_Empty(pText));
 }
 
-int String::Collate(const Char* pText) const
-{
-    return qn_runtime::Collate(get_Text(), text_Or_Empty(pText));
-}
+int String::Collate(const Char* pText) const { return qn_runtime::Collate(get_Text(), text_Or_Empty(pText)); }
 
 int String::CollateNoCase(const Char* pText) const
 {
@@ -95,10 +92,7 @@ int String::Reverse_Find(Char ch) const noexcept
     return static_cast<int>(nPosition);
 }
 
-String String::Left(unsigned long long nCount) const
-{
-    return Mid(0, nCount);
-}
+String String::Left(unsigned long long nCount) const { return Mid(0, nCount); }
 
 String String::Right(unsigned long long nCount) const
 {

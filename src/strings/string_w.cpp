@@ -53,7 +53,4 @@ LibT_Buffer<wchar_t> Lib_StringW::Get() const
     return buffer;
 }
 
-LibT_Buffer<char> Lib_StringW::GetA() const
-{
-    return width_conversion::To_Narrow_Buffer(GetW());
-}
+LibT_Buffer<char> Lib_StringW::GetA() const { return width_conversion::To_Narrow_Buffer(GetW()); }

@@ -30,10 +30,7 @@ Lib_String Lib_Double_To_String(double dValue)
     return strText;
 }
 
-int Lib_String_To_Int(const wchar_t* pText)
-{
-    return Lib_String_To_Int(pText, 10);
-}
+int Lib_String_To_Int(const wchar_t* pText) { return Lib_String_To_Int(pText, 10); }
 
 int Lib_String_To_Int(const wchar_t* pText, int nBase)
 {
