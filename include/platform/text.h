@@ -28,7 +28,8 @@ inline constexpr DWORD WC_NO_BEST_FIT_CHARS = 0x400;
 /// 0 is a failure with last error 122 (target too small; its content is then undefined), 87 (bad argument:
 /// null source, size 0 or below -1, null or negative target, target equal to the source, unknown code page),
 /// 1004 (bad flags) or 1113 (MB_ERR_INVALID_CHARS and a bad sequence). Code pages: CP_ACP, CP_OEMCP, 1252,
-/// 437, 65001. Without MB_ERR_INVALID_CHARS each maximal bad part of UTF-8 becomes one U+FFFD.
+/// 437, 65001. Without MB_ERR_INVALID_CHARS each maximal bad part of UTF-8 becomes one U+FFFD. After success
+/// nothing behind the units counted was written.
 LIB_API int MultiByteToWideChar(UINT code_page, DWORD flags, LPCSTR source, int source_size, LPWSTR target,
                                 int target_size);
 
@@ -83,7 +84,11 @@ inline constexpr INT IS_TEXT_UNICODE_NOT_UNICODE_MASK = 0x0F00;
 inline constexpr INT IS_TEXT_UNICODE_NOT_ASCII_MASK = 0xF000;
 
 /// Whether `size` bytes look like 16-bit text. `tests` names the tests to run and receives those that
-/// passed; null runs all of them.
+/// passed; null runs all of them. TRUE when a test of IS_TEXT_UNICODE_UNICODE_MASK passed and none of
+/// IS_TEXT_UNICODE_NOT_UNICODE_MASK did, where IS_TEXT_UNICODE_CONTROLS counts only if it is the only one of
+/// the former that is asked for. Data without a NUL or control byte that 8-bit text lacks is never taken for
+/// 16-bit text by the statistics, so ASCII, Windows-1252 and UTF-8 are not; NULs at the end are a
+/// terminator, whatever their number. Null data or a size below 1 give FALSE.
 LIB_API BOOL IsTextUnicode(LPCVOID data, int size, LPINT tests);
 
 /// Units before the NUL; 0 for null.

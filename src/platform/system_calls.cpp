@@ -1,0 +1,13 @@
+#include "platform/system_calls.h"
+
+#include <cstdlib>
+
+#include <dlfcn.h>
+#include <unistd.h>
+
+namespace qn_platform
+{
+
+constinit System_Calls system_calls{::readlink, ::realpath, ::access, ::dlopen, ::dlsym, ::dlclose};
+
+} // namespace qn_platform

@@ -1,0 +1,28 @@
+#ifndef QNLIB_SRC_PLATFORM_SYSTEM_CALLS_H
+#define QNLIB_SRC_PLATFORM_SYSTEM_CALLS_H
+
+#include <sys/types.h>
+
+#include <cstddef>
+
+// The calls to the host system by which modules are found. The layer makes them through this record, so
+// that a test can put one that fails in the place of any of them (while no other thread is in the layer).
+
+namespace qn_platform
+{
+
+struct System_Calls
+{
+    ssize_t (*read_link)(const char* path, char* target, std::size_t size);
+    char* (*real_path)(const char* path, char* resolved);
+    int (*access_file)(const char* path, int mode);
+    void* (*open_module)(const char* path, int mode);
+    void* (*find_symbol)(void* module, const char* name);
+    int (*close_module)(void* module);
+};
+
+extern System_Calls system_calls;
+
+} // namespace qn_platform
+
+#endif
