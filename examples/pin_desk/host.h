@@ -1,0 +1,16 @@
+#ifndef PIN_DESK_HOST_H
+#define PIN_DESK_HOST_H
+
+#include <cstdio>
+#include <lib_strings.h>
+
+// Where the systems differ: main_linux.cpp and main_windows.cpp each have their own main function and their
+// own Open_For_Reading, and the build takes one of them.
+
+/// The whole program on a command line of 16-bit text; the result is the exit code.
+int Run_Pin_Desk(int nArguments, wchar_t** ppArguments);
+
+/// Opens a file for binary reading; null when that fails. The caller closes it.
+std::FILE* Open_For_Reading(const Lib_String& strPath);
+
+#endif

@@ -1,0 +1,28 @@
+#include "host.h"
+
+#include <cstring>
+#include <vector>
+
+// Linux hands texts over as UTF-8.
+
+std::FILE* Open_For_Reading(const Lib_String& strPath)
+{
+    Lib_Buffer Path;
+    if (!Lib_WString_To_UTF8_Buffer(strPath, static_cast<unsigned long>(strPath.Get_Length()), Path))
+        return nullptr;
+    Path.Append("", 1);
+    return std::fopen(static_cast<const char*>(Path.Get_Ptr()), "rb");
+}
+
+int main(int nArguments, char** ppArguments)
+{
+    std::vector<Lib_String> Texts(static_cast<std::size_t>(nArguments));
+    std::vector<wchar_t*> Pointers;
+    for (std::size_t i = 0; i < Texts.size(); ++i)
+    {
+        auto* pText = reinterpret_cast<unsigned char*>(ppArguments[i]);
+        Lib_UTF8_Buffer_To_WString(pText, std::strlen(ppArguments[i]), Texts[i]);
+        Pointers.push_back(Texts[i].Get_Buffer(Texts[i].Get_Length()));
+    }
+    return Run_Pin_Desk(nArguments, Pointers.data());
+}

@@ -1,0 +1,103 @@
+// The desk that keeps the PINs of its clients' cards: it reads requests from a file, answers each of them and
+// prints a line for each answer, and shows the library at work on the way.
+//
+// Exit codes: 0 when the file was read to its end or the limit, also with malformed lines in it; 1 when the
+// report could not be written or memory ran out; 2 when the command line or the file is no good.
+
+#include "desk.h"
+#include "host.h"
+#include "line_reader.h"
+#include "options.h"
+#include "report.h"
+
+#include <lib_version.h>
+#include <memory>
+#include <new>
+
+namespace
+{
+
+constexpr int EXIT_DONE = 0;
+constexpr int EXIT_BROKEN = 1;
+constexpr int EXIT_USAGE = 2;
+
+struct Close_File
+{
+    void operator()(std::FILE* pFile) const { std::fclose(pFile); }
+};
+
+void serve_Line(unsigned int nLine, const Lib_String& strLine, Desk& desk, Report& report)
+{
+    if (strLine.Is_Empty() || strLine.Get_At(0) == L'#')
+        return;
+    Request request;
+    Lib_String strFault;
+    if (Read_Request(strLine, request, strFault))
+        report.Add_Answer(nLine, request, desk.Serve(request));
+    else
+        report.Add_Malformed(nLine, strFault);
+}
+
+/// Serves all requests of the file, up to the limit; false when reading fails.
+bool serve_File(std::FILE* pFile, const Options& options)
+{
+    Desk desk(options.Get_Tries());
+    Report report(options.Get_Key(), options.Is_Quiet());
+    Line_Reader Reader(pFile);
+    Lib_String strLine;
+    const unsigned int nLimit = options.Get_Limit();
+    while (nLimit == 0 || report.Count_Requests() < nLimit)
+    {
+        const Line_Reader::State state = Reader.Read_Line(strLine);
+        if (state == Line_Reader::State::failed)
+            return false;
+        if (state == Line_Reader::State::end)
+            break;
+        if (state == Line_Reader::State::malformed)
+            report.Add_Malformed(Reader.Get_Line_Number(), strLine);
+        else
+            serve_Line(Reader.Get_Line_Number(), strLine, desk, report);
+    }
+    report.Print_Summary(desk);
+    return true;
+}
+
+int run(int nArguments, wchar_t** ppArguments)
+{
+    Options options;
+    const bool bRead = options.Read(nArguments, ppArguments);
+    if (options.Wants_Version())
+    {
+        Print_Line(Lib_String(L"pin_desk with qnLib ") + Lib_String(QNLIB_VERSION));
+        return EXIT_DONE;
+    }
+    if (!bRead || options.Wants_Help())
+    {
+        options.Print_Help();
+        return options.Wants_Help() ? EXIT_DONE : EXIT_USAGE;
+    }
+    const std::unique_ptr<std::FILE, Close_File> pFile(Open_For_Reading(options.Get_File()));
+    if (pFile == nullptr || !serve_File(pFile.get(), options))
+    {
+        Print_Line(L"The file " + options.Get_File() + L" cannot be read.\n");
+        options.Print_Help();
+        return EXIT_USAGE;
+    }
+    return EXIT_DONE;
+}
+
+} // namespace
+
+int Run_Pin_Desk(int nArguments, wchar_t** ppArguments)
+{
+    try
+    {
+        const int nResult = run(nArguments, ppArguments);
+        return std::fflush(stdout) == 0 && std::ferror(stdout) == 0 ? nResult : EXIT_BROKEN;
+    }
+    catch (const std::bad_alloc&)
+    {
+        std::fputs("pin_desk: memory is exhausted\n", stderr);
+        return EXIT_BROKEN;
+    }
+}

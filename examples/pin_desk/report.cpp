@@ -1,0 +1,66 @@
+#include "report.h"
+
+#include <cstdio>
+
+void Print_Line(const Lib_String& strLine)
+{
+    Lib_Buffer Line;
+    Lib_WString_To_UTF8_Buffer(strLine, static_cast<unsigned long>(strLine.Get_Length()), Line);
+    Line.Append("\n", 1);
+    std::fwrite(Line.Get_Ptr(), 1, static_cast<std::size_t>(Line.Get_Size()), stdout);
+}
+
+void Report::Add_Answer(unsigned int nLine, const Request& request, const Answer& answer)
+{
+    m_Total.Add(answer.m_bDone);
+    m_Sessions[request.m_nSession].Add(answer.m_bDone);
+    if (m_bQuiet && answer.m_bDone)
+        return;
+    const wchar_t* pCard = request.m_strCard.Is_Empty() ? L"-" : request.m_strCard.GetW();
+    Lib_String strLine;
+    strLine.Format(L"%5u  %s  session %-3u  %-8s%-13s%-8s %s", nLine, make_Receipt().GetW(),
+                   request.m_nSession, Get_Operation_Name(request.m_Operation), pCard,
+                   answer.m_bDone ? L"done" : L"refused", answer.m_strText.GetW());
+    Print_Line(strLine);
+}
+
+void Report::Add_Malformed(unsigned int nLine, const Lib_String& strFault)
+{
+    ++m_nMalformed;
+    Lib_String strLine;
+    strLine.Format(L"%5u  malformed: %s", nLine, strFault.GetW());
+    Print_Line(strLine);
+}
+
+void Report::Print_Summary(const Desk& desk) const
+{
+    Lib_String strLine;
+    strLine.Format(L"\n%u requests: %u done, %u refused, %u malformed", Count_Requests(), m_Total.m_nDone,
+                   m_Total.m_nRefused, m_nMalformed);
+    Print_Line(strLine);
+    for (const auto& [nSession, counts] : m_Sessions)
+    {
+        strLine.Format(L"session %-3u %5u requests, %5.1f%% done", nSession, counts.Get_Sum(),
+                       100.0 * counts.m_nDone / counts.Get_Sum());
+        Print_Line(strLine);
+    }
+    strLine.Format(L"%u cards, %u blocked", desk.Count_Cards(), desk.Count_Blocked());
+    Print_Line(strLine);
+}
+
+/// The number of the answer as four bytes, the highest first. The key keeps clients from telling by their
+/// receipts how many others were served; it protects nothing else.
+Lib_String Report::make_Receipt() const
+{
+    unsigned char aNumber[4];
+    const auto* pKey = static_cast<const unsigned char*>(m_Key.Get_Ptr());
+    for (unsigned int i = 0; i < 4; ++i)
+    {
+        aNumber[i] = static_cast<unsigned char>(m_Total.Get_Sum() >> (24 - 8 * i));
+        if (m_Key.Get_Size() != 0)
+            aNumber[i] ^= pKey[i % m_Key.Get_Size()];
+    }
+    Lib_String strReceipt;
+    Lib_Write_Buffer(sizeof(aNumber), aNumber, strReceipt, L':');
+    return strReceipt;
+}

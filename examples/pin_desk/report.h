@@ -1,0 +1,45 @@
+#ifndef PIN_DESK_REPORT_H
+#define PIN_DESK_REPORT_H
+
+#include "desk.h"
+#include "request.h"
+
+#include <map>
+
+/// Prints the desk's answers in UTF-8 to standard output, one on a line, and counts them for the summary.
+class Report
+{
+public:
+    /// The key is mixed into the numbers of receipts; bQuiet leaves out what was done.
+    Report(const Lib_Buffer& Key, bool bQuiet) : m_Key(Key), m_bQuiet(bQuiet) {}
+
+    void Add_Answer(unsigned int nLine, const Request& request, const Answer& answer);
+    void Add_Malformed(unsigned int nLine, const Lib_String& strFault);
+    void Print_Summary(const Desk& desk) const;
+
+    /// Requests so far, malformed ones too.
+    unsigned int Count_Requests() const { return m_Total.m_nDone + m_Total.m_nRefused + m_nMalformed; }
+
+private:
+    struct Counts
+    {
+        unsigned int m_nDone = 0;
+        unsigned int m_nRefused = 0;
+
+        void Add(bool bDone) { ++(bDone ? m_nDone : m_nRefused); }
+        unsigned int Get_Sum() const { return m_nDone + m_nRefused; }
+    };
+
+    Lib_String make_Receipt() const;
+
+    Lib_Buffer m_Key;
+    bool m_bQuiet;
+    Counts m_Total;
+    std::map<unsigned int, Counts> m_Sessions;
+    unsigned int m_nMalformed = 0;
+};
+
+/// Prints a line in UTF-8.
+void Print_Line(const Lib_String& strLine);
+
+#endif

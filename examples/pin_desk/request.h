@@ -1,0 +1,51 @@
+#ifndef PIN_DESK_REQUEST_H
+#define PIN_DESK_REQUEST_H
+
+#include <lib_foundation.h>
+#include <lib_strings.h>
+
+enum class Operation
+{
+    store,
+    issue,
+    check,
+    change,
+    unblock,
+    remove,
+    show,
+    list
+};
+
+/// One request of a client. Fields that its operation doesn't take are empty.
+///
+///   op        takes                         does
+///   store     card owner pin [badge]        enters a card into the table
+///   issue     series owner pin [badge]      the same under the next free name of a series
+///   check     card pin                      checks a PIN
+///   change    card pin new                  changes a PIN
+///   unblock   card                          gives a blocked card its tries back
+///   remove    card pin                      takes a card out of the table
+///   show      card                          tells the owner, the badge and the tries left
+///   list      [owner]                       counts and names the cards, or those whose owner's name holds a
+///   text
+///
+/// Each takes [session], the number of the client's session, too.
+struct Request
+{
+    Operation m_Operation = Operation::list;
+    unsigned int m_nSession = 0;
+    Lib_String m_strCard;
+    Lib_String m_strSeries;
+    Lib_String m_strOwner;
+    Lib_String m_strPin;
+    Lib_String m_strNew_Pin;
+    Lib_Buffer m_Badge;
+};
+
+/// Reads a line such as `op=store card=0001 owner=Anna Ivanova pin=3441`. False for a malformed one, with
+/// what is wrong in strFault; the fault never quotes a value, since that could be a PIN.
+bool Read_Request(const Lib_String& strLine, Request& Result, Lib_String& strFault);
+
+const wchar_t* Get_Operation_Name(Operation operation);
+
+#endif
