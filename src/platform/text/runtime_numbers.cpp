@@ -72,7 +72,7 @@ public:
         if (negative || *m_pText == '+')
             ++m_pText;
         const double value = read_Magnitude(decimal_point);
-        return negative ? -value : value;
+        return negative && m_nDigits != 0 ? -value : value;
     }
 
 private:
@@ -103,7 +103,8 @@ private:
         double value = 0.0;
         if ((*m_pText | 0x20) != 'i' && (*m_pText | 0x20) != 'n')
             return 0.0;
-        std::from_chars(m_pText, m_pText + std::strlen(m_pText), value);
+        const auto end = std::from_chars(m_pText, m_pText + std::strlen(m_pText), value);
+        m_nDigits = static_cast<std::size_t>(end.ptr - m_pText);
         return value;
     }
 
@@ -169,9 +170,9 @@ private:
     }
 
     const char* m_pText;
-    std::size_t m_nLength = 0; ///< of the number, with its exponent
-    std::size_t m_nPoint = 0;  ///< where the point is, or the length
-    std::size_t m_nDigits = 0;
+    std::size_t m_nLength = 0;      ///< of the number, with its exponent
+    std::size_t m_nPoint = 0;       ///< where the point is, or the length
+    std::size_t m_nDigits = 0;      ///< or characters of a name; 0 when there is no number
     std::size_t m_nSignificant = 0; ///< digits from the first that isn't 0
     long long m_nMagnitude = 0;     ///< about the logarithm of the value: above 0 for large ones
     bool m_bHex = false;
