@@ -50,13 +50,27 @@ public:
 
 #include "strings/string_concatenation.inl"
 
-    friend Lib_String operator+(const Lib_String& left, const Lib_StringW& right)
+    template <class Other>
+    static constexpr bool st_Is_Other_StringW =
+        std::is_base_of_v<Lib_StringW, Other> && !std::is_base_of_v<Lib_String, Other>;
+
+    /// The same with a Lib_StringW, or what else derives from it, at one side. Templates, so that no other
+    /// operand converts to them.
+    template <class Other>
+    requires st_Is_Other_StringW<Other>
+    friend Lib_String operator+(const Lib_String& left, const Other& right)
     {
-        return left + Lib_String(right);
+        Lib_String result;
+        result.concat_Copy(left.Get_Length(), left.m_pChars, right.Get_Length(), right.GetW());
+        return result;
     }
-    friend Lib_String operator+(const Lib_StringW& left, const Lib_String& right)
+    template <class Other>
+    requires st_Is_Other_StringW<Other>
+    friend Lib_String operator+(const Other& left, const Lib_String& right)
     {
-        return Lib_String(left) + right;
+        Lib_String result;
+        result.concat_Copy(left.Get_Length(), left.GetW(), right.Get_Length(), right.m_pChars);
+        return result;
     }
 };
 

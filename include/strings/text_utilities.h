@@ -20,8 +20,8 @@ LIB_API int Lib_String_To_Int(const wchar_t* pText);
 LIB_API int Lib_String_To_Int(const wchar_t* pText, int nBase);
 
 /// Reads white space, a sign, digits with the decimal point of the runtime's locale and an exponent, up to
-/// the first unit that doesn't fit. No digits give 0.0; so do null, a text of 0x3FFFFFFF units or more and
-/// exhausted memory.
+/// the first unit that doesn't fit. No digits give 0.0; so do null and a text of 0x3FFFFFFF units or more.
+/// A long text throws std::bad_alloc when memory is exhausted.
 LIB_API double Lib_String_To_Double(const wchar_t* pText);
 
 /// The next name of a numbered series: the number at the end goes up by one and loses its leading zeros
