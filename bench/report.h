@@ -1,0 +1,28 @@
+#ifndef QNLIB_BENCH_REPORT_H
+#define QNLIB_BENCH_REPORT_H
+
+#include <benchmark/benchmark.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+/// Collects the fastest repetition of each work and prints a table at the end: a line a row with our time,
+/// the best peer and its time, and the ratio of its time to ours.
+class Report : public benchmark::BenchmarkReporter
+{
+public:
+    /// Tells of a row before any of its works is measured.
+    static void Announce_Row(const std::string& strName, double dMark);
+
+    bool ReportContext(const Context& context) override;
+    void ReportRuns(const std::vector<Run>& runs) override;
+    void Finalize() override;
+
+private:
+    void print_Row(const std::string& strName, double dMark) const;
+
+    std::map<std::string, std::map<std::string, double>> m_Times; ///< nanoseconds by row and by who
+};
+
+#endif
