@@ -18,12 +18,6 @@ void* Lib_Alloc(bool bZero, unsigned long long nSize)
     return pBlock;
 }
 
-void Lib_Free(void* pBlock)
-{
-    ::operator delete(pBlock);
-}
+void Lib_Free(void* pBlock) { ::operator delete(pBlock); }
 
-bool Lib_Is_x64_OS()
-{
-    return true;
-}
+bool Lib_Is_x64_OS() { return true; }

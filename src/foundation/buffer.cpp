@@ -17,10 +17,7 @@ int compare_Bytes(const void* pLeft, const void* pRight, unsigned long long nSiz
 
 } // namespace
 
-Lib_Buffer::Lib_Buffer(unsigned long long nSize) noexcept
-{
-    Set_Size(nSize);
-}
+Lib_Buffer::Lib_Buffer(unsigned long long nSize) noexcept { Set_Size(nSize); }
 
 Lib_Buffer::Lib_Buffer(unsigned long long nSize, void* pData, bool bCopy) noexcept
 {
@@ -34,20 +31,14 @@ Lib_Buffer::Lib_Buffer(unsigned long long nSize, void* pData, bool bCopy) noexce
     }
 }
 
-Lib_Buffer::Lib_Buffer(const Lib_Buffer& Source) noexcept
-{
-    Attach_Copy(Source.m_pData, Source.m_nSize);
-}
+Lib_Buffer::Lib_Buffer(const Lib_Buffer& Source) noexcept { Attach_Copy(Source.m_pData, Source.m_nSize); }
 
 Lib_Buffer::Lib_Buffer(const std::vector<unsigned char>& Source) noexcept
 {
     Attach_Copy(Source.data(), Source.size());
 }
 
-Lib_Buffer::~Lib_Buffer()
-{
-    flush();
-}
+Lib_Buffer::~Lib_Buffer() { flush(); }
 
 Lib_Buffer& Lib_Buffer::operator=(const Lib_Buffer& Source) noexcept
 {
@@ -100,10 +91,7 @@ void Lib_Buffer::Set_Size(unsigned long long nSize) noexcept
     Attach(pNew, nSize);
 }
 
-void Lib_Buffer::Append(const Lib_Buffer& Source) noexcept
-{
-    Append(Source.m_pData, Source.m_nSize);
-}
+void Lib_Buffer::Append(const Lib_Buffer& Source) noexcept { Append(Source.m_pData, Source.m_nSize); }
 
 void Lib_Buffer::Append(const void* pData, unsigned long long nSize) noexcept
 {
@@ -160,10 +148,7 @@ void Lib_Buffer::Detach(void** ppData, unsigned long long* pnSize) noexcept
     init();
 }
 
-void Lib_Buffer::Flush() noexcept
-{
-    flush();
-}
+void Lib_Buffer::Flush() noexcept { flush(); }
 
 void Lib_Buffer::Make_Reverse() noexcept
 {
@@ -176,15 +161,9 @@ void Lib_Buffer::Make_Reverse() noexcept
     }
 }
 
-void* Lib_Buffer::alloc(unsigned long long nSize) const noexcept
-{
-    return Lib_Alloc(true, nSize);
-}
+void* Lib_Buffer::alloc(unsigned long long nSize) const noexcept { return Lib_Alloc(true, nSize); }
 
-void Lib_Buffer::free(void* pBlock) const noexcept
-{
-    Lib_Free(pBlock);
-}
+void Lib_Buffer::free(void* pBlock) const noexcept { Lib_Free(pBlock); }
 
 void Lib_Buffer::flush() noexcept
 {

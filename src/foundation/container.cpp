@@ -10,17 +10,11 @@ Lib_Container::Lib_Container(const Lib_Container&) : Lib_Container() {}
 
 Lib_Container::~Lib_Container() = default;
 
-Lib_Container& Lib_Container::operator=(const Lib_Container&)
-{
-    return *this;
-}
+Lib_Container& Lib_Container::operator=(const Lib_Container&) { return *this; }
 
 void Lib_Container::Clear() {}
 
-unsigned long long Lib_Container::Get_Num_Elements() const
-{
-    return 0;
-}
+unsigned long long Lib_Container::Get_Num_Elements() const { return 0; }
 
 void* Lib_Container::Alloc_Buffer(unsigned long long nSize)
 {
@@ -31,7 +25,4 @@ void* Lib_Container::Alloc_Buffer(unsigned long long nSize)
     return ::operator new[](static_cast<std::size_t>(nSize));
 }
 
-void Lib_Container::Free_Buffer(void* pBlock)
-{
-    ::operator delete[](pBlock);
-}
+void Lib_Container::Free_Buffer(void* pBlock) { ::operator delete[](pBlock); }

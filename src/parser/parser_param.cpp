@@ -66,10 +66,7 @@ void Lib_Parser_Param::Make_Value(const Lib_String& strText)
     m_bSet = true;
 }
 
-void Lib_Parser_Param::Set_Default_Value()
-{
-    Make_Value(m_strDefault_Value);
-}
+void Lib_Parser_Param::Set_Default_Value() { Make_Value(m_strDefault_Value); }
 
 void Lib_Parser_Param::Make_Dword_From_String(const Lib_String& strText)
 {

@@ -57,79 +57,34 @@ void* allocate_Or_Throw(std::size_t nSize)
 namespace test_support
 {
 
-unsigned long long Allocation_Count()
-{
-    return s_nCount;
-}
+unsigned long long Allocation_Count() { return s_nCount; }
 
-long long Outstanding_Bytes()
-{
-    return s_nOutstanding;
-}
+long long Outstanding_Bytes() { return s_nOutstanding; }
 
-Failing_Allocation::Failing_Allocation(unsigned int nNth)
-{
-    s_nUntil_Failure = nNth;
-}
+Failing_Allocation::Failing_Allocation(unsigned int nNth) { s_nUntil_Failure = nNth; }
 
-Failing_Allocation::~Failing_Allocation()
-{
-    s_nUntil_Failure = 0;
-}
+Failing_Allocation::~Failing_Allocation() { s_nUntil_Failure = 0; }
 
-bool Failing_Allocation::Has_Failed() const
-{
-    return s_nUntil_Failure <= 0;
-}
+bool Failing_Allocation::Has_Failed() const { return s_nUntil_Failure <= 0; }
 
 } // namespace test_support
 
-void* operator new(std::size_t nSize)
-{
-    return allocate_Or_Throw(nSize);
-}
+void* operator new(std::size_t nSize) { return allocate_Or_Throw(nSize); }
 
-void* operator new[](std::size_t nSize)
-{
-    return allocate_Or_Throw(nSize);
-}
+void* operator new[](std::size_t nSize) { return allocate_Or_Throw(nSize); }
 
-void* operator new(std::size_t nSize, const std::nothrow_t&) noexcept
-{
-    return allocate(nSize);
-}
+void* operator new(std::size_t nSize, const std::nothrow_t&) noexcept { return allocate(nSize); }
 
-void* operator new[](std::size_t nSize, const std::nothrow_t&) noexcept
-{
-    return allocate(nSize);
-}
+void* operator new[](std::size_t nSize, const std::nothrow_t&) noexcept { return allocate(nSize); }
 
-void operator delete(void* pBlock) noexcept
-{
-    release(pBlock);
-}
+void operator delete(void* pBlock) noexcept { release(pBlock); }
 
-void operator delete[](void* pBlock) noexcept
-{
-    release(pBlock);
-}
+void operator delete[](void* pBlock) noexcept { release(pBlock); }
 
-void operator delete(void* pBlock, std::size_t) noexcept
-{
-    release(pBlock);
-}
+void operator delete(void* pBlock, std::size_t) noexcept { release(pBlock); }
 
-void operator delete[](void* pBlock, std::size_t) noexcept
-{
-    release(pBlock);
-}
+void operator delete[](void* pBlock, std::size_t) noexcept { release(pBlock); }
 
-void operator delete(void* pBlock, const std::nothrow_t&) noexcept
-{
-    release(pBlock);
-}
+void operator delete(void* pBlock, const std::nothrow_t&) noexcept { release(pBlock); }
 
-void operator delete[](void* pBlock, const std::nothrow_t&) noexcept
-{
-    release(pBlock);
-}
+void operator delete[](void* pBlock, const std::nothrow_t&) noexcept { release(pBlock); }

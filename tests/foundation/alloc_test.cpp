@@ -37,7 +37,4 @@ TEST(Alloc, Answers_Null_For_More_Than_Can_Be_Had)
     }
 }
 
-TEST(Alloc, Knows_The_System_As_64_Bit)
-{
-    EXPECT_TRUE(Lib_Is_x64_OS());
-}
+TEST(Alloc, Knows_The_System_As_64_Bit) { EXPECT_TRUE(Lib_Is_x64_OS()); }

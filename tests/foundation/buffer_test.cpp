@@ -92,11 +92,12 @@ TEST(Buffer, Copies_Deeply)
     Lib_Buffer second(first);
     EXPECT_TRUE(first == second);
     static_cast<unsigned char*>(second.Get_Ptr())[0] = 9;
+    second.Append("d", 1);
     EXPECT_EQ(Bytes({1, 2, 3}), Content(first));
 
     Lib_Buffer third(10);
     EXPECT_EQ(&third, &(third = second));
-    EXPECT_EQ(Bytes({9, 2, 3}), Content(third));
+    EXPECT_EQ(Bytes({9, 2, 3, 'd'}), Content(third));
     const Lib_Buffer& self = third;
     void* pBefore = third.Get_Ptr();
     third = self;
