@@ -1,9 +1,7 @@
 #include "platform/modules.h"
 
 // What the loader of the other target does for every module: calls its entry when it is loaded. A static
-// build is a part of its client's module and has no entry of its own.
-
-#if !defined(QNLIB_STATIC)
+// build is a part of its client's module: nothing there refers to this file, so the linker leaves it out.
 
 extern "C"
 {
@@ -26,5 +24,3 @@ __attribute__((constructor)) void attach_Module()
 }
 
 } // namespace
-
-#endif

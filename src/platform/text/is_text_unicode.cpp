@@ -113,21 +113,38 @@ struct Reading
     }
 };
 
-/// IS_TEXT_UNICODE_STATISTICS or its reverse, whichever order reads better; 0 if neither reads as text.
+/// Whether there is a control code that 8-bit text does not have. A NUL as the last byte is none: it may end
+/// such a text.
+bool has_Foreign_Byte(const Units& units)
+{
+    for (std::size_t i = 0; i < units.Count(); ++i)
+    {
+        const unsigned int unit = units.Get(i, false);
+        const bool last_nul = i + 1 == units.Count() && unit <= 0xFF;
+        if (is_Foreign(unit & 0xFF) || (is_Foreign(unit >> 8) && !last_nul))
+        {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// IS_TEXT_UNICODE_STATISTICS or its reverse: the order that reads as text, the better one if both do, 0 if
+/// neither does.
 INT test_Statistics(const Units& units)
 {
-    const auto foreign = [](unsigned int unit) { return is_Foreign(unit & 0xFF) || is_Foreign(unit >> 8); };
-    if (!units.Any(false, foreign))
+    if (!has_Foreign_Byte(units))
     {
         return 0;
     }
     const Reading straight(units, false);
     const Reading reversed(units, true);
-    if (straight < reversed)
+    const bool reversed_reads = reversed.Is_Text(units.Count());
+    if (straight.Is_Text(units.Count()) && !(reversed_reads && straight < reversed))
     {
-        return reversed.Is_Text(units.Count()) ? IS_TEXT_UNICODE_REVERSE_STATISTICS : 0;
+        return IS_TEXT_UNICODE_STATISTICS;
     }
-    return straight.Is_Text(units.Count()) ? IS_TEXT_UNICODE_STATISTICS : 0;
+    return reversed_reads ? IS_TEXT_UNICODE_REVERSE_STATISTICS : 0;
 }
 
 /// The tests of one byte order that look for single units; as the bits of the straight order.
