@@ -36,20 +36,23 @@ constexpr int To_Lower_Unit(Char character)
     return To_Unit(Swap_Case<Char, 'A'>(character));
 }
 
+constexpr bool Is_Letter(int unit) { return static_cast<unsigned int>((unit | 0x20) - 'a') < 26; }
+
 /// The difference of the first two differing units after A to Z were folded to a to z.
 template <class Char>
 int Compare_C_No_Case(const Char* left, const Char* right)
 {
     for (;; ++left, ++right)
     {
-        if (*left != *right)
+        const int left_unit = To_Unit(*left);
+        const int right_unit = To_Unit(*right);
+        if (left_unit == right_unit)
         {
-            const int difference = To_Lower_Unit(*left) - To_Lower_Unit(*right);
-            if (difference != 0)
-                return difference;
+            if (left_unit == 0)
+                return 0;
         }
-        else if (*left == 0)
-            return 0;
+        else if ((left_unit ^ right_unit) != 0x20 || !Is_Letter(left_unit))
+            return To_Lower_Unit(*left) - To_Lower_Unit(*right);
     }
 }
 

@@ -143,10 +143,10 @@ void Put_Digits(Bounded_Output<Char>& output, const Integer_Digits& digits, unsi
     output.Copy(scratch, count);
 }
 
-/// Sign or prefix, zeros and digits in the field of the item.
+/// An integer in a field of its own, by width, precision or flags.
 template <class Char>
-void Print_Integer(Bounded_Output<Char>& output, const Format_Item& item, const Number_Prefix& prefix,
-                   const Integer_Digits& digits)
+void Print_Integer_Field(Bounded_Output<Char>& output, const Format_Item& item, const Number_Prefix& prefix,
+                         const Integer_Digits& digits)
 {
     const unsigned int count = item.m_nPrecision == 0 && digits.m_nValue == 0 ? 0 : digits.Count();
     const long long used = static_cast<long long>(prefix.m_nLength) + count;
@@ -164,6 +164,18 @@ void Print_Integer(Bounded_Output<Char>& output, const Format_Item& item, const 
     Put_Digits(output, digits, count);
     if (item.m_bLeft)
         output.Fill(static_cast<Char>(' '), padding);
+}
+
+/// Sign or prefix, zeros and digits in the field of the item.
+template <class Char>
+inline void Print_Integer(Bounded_Output<Char>& output, const Format_Item& item, const Number_Prefix& prefix,
+                          const Integer_Digits& digits)
+{
+    if (item.m_nWidth != 0 || item.m_nPrecision >= 0 || item.m_bAlternate)
+        return Print_Integer_Field(output, item, prefix, digits);
+    if (prefix.m_nLength != 0)
+        output.Put(static_cast<Char>(prefix.m_Chars[0]));
+    Put_Digits(output, digits, digits.Count());
 }
 
 unsigned long long Take_Unsigned(Argument_List& arguments, const Format_Item& item)
