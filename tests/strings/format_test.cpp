@@ -1,0 +1,182 @@
+#include "string_probe.h"
+
+#include <cstdio>
+#include <limits>
+
+using namespace test_support;
+
+template <class String>
+class Format : public testing::Test
+{
+protected:
+    using Unit = Char_Of<String>;
+
+    /// The text, and exactly what was reserved for it.
+    template <class... Arguments>
+    static void Expect(const Unit* pExpected, unsigned long long nReserve, const Unit* pFormat,
+                       Arguments... arguments)
+    {
+        SCOPED_TRACE(testing::PrintToString(String(pFormat)));
+        String text;
+        text.Format(pFormat, arguments...);
+        EXPECT_TEXT_EQ(pExpected, text);
+        EXPECT_EQ(nReserve, text.Get_Alloc_Length());
+    }
+
+    template <class... Arguments>
+    static unsigned long long Reserve(const Unit* pFormat, Arguments... arguments)
+    {
+        String text;
+        text.Format(pFormat, arguments...);
+        return text.Get_Alloc_Length();
+    }
+};
+TYPED_TEST_SUITE(Format, Both_Widths);
+
+TYPED_TEST(Format, Reserves_By_The_Rules_For_Literals_And_Numbers)
+{
+    using Char = Char_Of<TypeParam>;
+    const auto Expect = [](auto... row) { TestFixture::Expect(row...); };
+    Expect(T(""), 0, T(""));
+    Expect(T("abc"), 3 + 2 + 1, T("abc"));
+    Expect(T("%"), 1, T("%%"));
+    Expect(T("a%b"), 4 + 2 + 1, T("a%%b"));
+    Expect(T("7"), 32, T("%d"), 7);
+    Expect(T("-7x"), 32 + 1, T("%dx"), -7);
+    Expect(T("                                       7"), 40, T("%40d"), 7);
+    Expect(T("                              0000000007"), 50, T("%40.10d"), 7);
+    Expect(T("0xff"), 34, T("%#x"), 255);
+    Expect(T("0XFF"), 36, T("%##X"), 255);
+    Expect(T("  7ab"), 32 + 2, T("%*d%s"), 3, 7, T("ab"));
+    Expect(T("7  ab"), 32 + 2, T("%*d%s"), -3, 7, T("ab"));
+    Expect(T("007  "), 32, T("%*.*d"), -5, 3, 7);
+    Expect(T("7"), 32, T("%.*d"), -5, 7);
+    Expect(T("9223372036854775807 1"), 64 + 3, T("%I64d %d"), 9223372036854775807LL, 1);
+    Expect(T("-1 65535 4294967295"), 3 * 32 + 8 + 4, T("%hd %hu %lu"), -1, -1, -1);
+    Expect(T("17 1f"), 32 + 3 + 32, T("%o %x"), 15, 31);
+    EXPECT_EQ(50U, TestFixture::Reserve(T("%*d"), -50, 1)) << "a negative width counts without its sign";
+    EXPECT_EQ(32U, TestFixture::Reserve(T("%p"), &Expect));
+    EXPECT_EQ(41U, TestFixture::Reserve(T("%40.1p"), nullptr));
+    EXPECT_EQ(3U + 2U, TestFixture::Reserve(T("ab%"))) << "ends at a lone percent sign";
+}
+
+TYPED_TEST(Format, Reserves_By_The_Rules_For_Floating_Point)
+{
+    using Char = Char_Of<TypeParam>;
+    EXPECT_EQ(128U, TestFixture::Reserve(T("%e"), 1.5));
+    EXPECT_EQ(128U, TestFixture::Reserve(T("%30.2G"), 1.5));
+    EXPECT_EQ(210U, TestFixture::Reserve(T("%200.10g"), 1.5));
+    TestFixture::Expect(T("1.500000"), 8, T("%f"), 1.5);
+    TestFixture::Expect(T("-1.50"), 11, T("%.2f"), -1.5);
+    TestFixture::Expect(T("  1.500000"), 10, T("%10f"), 1.5);
+    TestFixture::Expect(T("2.50 x"), 10 + 3 + 1, T("%*.*f %s"), 4, 2, 2.5, T("x"));
+
+    TypeParam text;
+    text.Format(T("%f"), -std::numeric_limits<double>::max());
+    EXPECT_EQ(1U + 309 + 1 + 6, text.Get_Length()) << "the largest fits";
+    // The trial print of 8 bits has room for one character less than so wide a field.
+    const unsigned long long nWide = sizeof(Char) == 1 ? 399 : 400;
+    text = TypeParam();
+    text.Format(T("%400f"), 1.5);
+    EXPECT_EQ(nWide, text.Get_Alloc_Length());
+    EXPECT_EQ(nWide, text.Get_Length());
+}
+
+TYPED_TEST(Format, Reserves_By_The_Rules_For_Texts)
+{
+    using Char = Char_Of<TypeParam>;
+    const auto Expect = [](auto... row) { TestFixture::Expect(row...); };
+    const Char* const pNull = nullptr;
+    Expect(T("abc"), 3, T("%s"), T("abc"));
+    Expect(T(""), 1, T("%s"), T(""));
+    Expect(T("(null)"), 6, T("%s"), pNull);
+    Expect(T("(n"), 2, T("%.2s"), pNull);
+    Expect(T("   ab"), 5, T("%5s"), T("ab"));
+    Expect(T("ab   "), 5, T("%-5s"), T("ab"));
+    Expect(T("ab"), 2, T("%.2s"), T("abcd"));
+    Expect(T("    a"), 5, T("%5.1s"), T("abc"));
+    Expect(T(""), 3, T("%.0s"), T("abc"));
+    Expect(T("abc"), 3, T("%.*s"), -1, T("abc"));
+    Expect(T("x"), 2, T("%c"), 'x');
+    Expect(T("x"), 1, T("%.1c"), 'x');
+    Expect(T("  x"), 3, T("%3C"), 'x');
+    Expect(T("ab|cd|ef|gh"), 12 + 8 + 4 + 4 * 2, T("%hs|%ls|%hS|%lS"), "ab", L"cd", "ef", L"gh");
+    Expect(T("ab|cd"), 2 + 3 + 2, T("%Fs|%S"), T("ab"),
+           std::get<std::conditional_t<sizeof(Char) == 1, const wchar_t*, const char*>>(
+               std::tuple("cd", L"cd")));
+    Expect(T("xyz"), 2 + 2 + 2, T("%hc%lc%C"), 'x', 'y', 'z');
+}
+
+TYPED_TEST(Format, Cuts_The_Result_Behind_A_Conversion_It_Does_Not_Know)
+{
+    using Char = Char_Of<TypeParam>;
+    // The number, which the first pass doesn't take, must not be read as the text behind it.
+    TestFixture::Expect(T("5 0123456789a"), 4 + 3 + 6, T("%lld %s"), 5LL, T("0123456789abcdef"));
+    TestFixture::Expect(T("5 0123456789abcdef"), 5 + 4 + 3 + 6, T("%I32d%s"), 5, T(" 0123456789abcdefgh"));
+}
+
+TYPED_TEST(Format, Leaves_Other_Holders_And_A_Lock_Alone)
+{
+    using Char = Char_Of<TypeParam>;
+    Open<TypeParam> text(T("other"));
+    const Open<TypeParam> other(text);
+    text.Format(T("%d"), 1);
+    EXPECT_TEXT_EQ(T("other"), other);
+    const Char* pLocked = text.Lock_Buffer();
+    text.Format(T("%s"), T("fits in the former block"));
+    EXPECT_EQ(pLocked, text.m_pChars);
+    EXPECT_EQ(-1, text.Get_Holders());
+    text.Format(T("%s %d"), T("does not"), 2);
+    EXPECT_EQ(1, text.Get_Holders());
+    text.Format(static_cast<const Char*>(nullptr));
+    EXPECT_TRUE(text.Is_Empty());
+    EXPECT_TEXT_EQ(T("other"), other);
+}
+
+TYPED_TEST(Format, Agrees_With_The_Runtime)
+{
+    using Char = Char_Of<TypeParam>;
+    Random_Text<char> random(11);
+    const double dValues[] = {0, 1.5, -2.25, 1e-7, 123456.789, 9.99999999, 1e15, -3e100, 5e-320};
+    const int nValues[] = {
+        0, 1, -1, 42, -77777, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()};
+    for (int nRound = 0; nRound < 20000; ++nRound)
+    {
+        const char chConversion = random.Unit(Windows_Target ? "diuxXocsf" : "diuxXocsfeEgG");
+        std::string format = "<%";
+        for (std::size_t i = random.Below(3); i-- > 0;)
+            format += random.Unit(std::string_view("cs").find(chConversion) == std::string_view::npos ? "-+ 0"
+                                                                                                      : "-");
+        if (std::string_view("xXo").find(chConversion) != std::string_view::npos && nRound % 3 == 0)
+            format += '#';
+        if (nRound % 2)
+            format += std::to_string(1 + random.Below(45));
+        if (nRound % 5 < 2 && chConversion != 'c')
+            format += '.' + std::to_string(random.Below(20));
+        format += chConversion;
+        format += ">";
+
+        char expected[512];
+        const std::vector<Char> wide(format.c_str(), format.c_str() + format.size() + 1);
+        TypeParam text;
+        if (std::string_view("eEfgG").find(chConversion) != std::string_view::npos)
+        {
+            const double dValue = dValues[random.Below(std::size(dValues))];
+            std::snprintf(expected, sizeof(expected), format.c_str(), dValue);
+            text.Format(wide.data(), dValue);
+        }
+        else if (chConversion == 's')
+        {
+            std::snprintf(expected, sizeof(expected), format.c_str(), "some text");
+            text.Format(wide.data(), T("some text"));
+        }
+        else
+        {
+            const int nValue = chConversion == 'c' ? 'x' : nValues[random.Below(std::size(nValues))];
+            std::snprintf(expected, sizeof(expected), format.c_str(), nValue);
+            text.Format(wide.data(), nValue);
+        }
+        const std::string_view whole(expected);
+        ASSERT_EQ(Units<Char>(whole.begin(), whole.end()), Content(text)) << format << " gives " << whole;
+    }
+}
