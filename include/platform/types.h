@@ -11,6 +11,14 @@
 #define WINAPI
 #endif
 
+// Macros, as on the platform: other headers of a program may define them first.
+#ifndef FALSE
+#define FALSE 0
+#endif
+#ifndef TRUE
+#define TRUE 1
+#endif
+
 namespace qn_platform
 {
 
@@ -40,9 +48,6 @@ using HINSTANCE = struct HINSTANCE__*;
 using HMODULE = HINSTANCE;
 
 static_assert(sizeof(WCHAR) == 2 && sizeof(DWORD) == 4 && sizeof(LONG) == 4 && sizeof(void*) == 8);
-
-inline constexpr BOOL FALSE = 0;
-inline constexpr BOOL TRUE = 1;
 
 inline constexpr DWORD ERROR_SUCCESS = 0;
 inline constexpr DWORD ERROR_INVALID_HANDLE = 6;

@@ -4,7 +4,8 @@
 #include "foundation/buffer.h"
 #include "strings/lib_string.h"
 
-// Values to text and back. None of these keeps state; std::bad_alloc can leave each that makes a string.
+// Values to text and back. None of these keeps state; std::bad_alloc can leave each that makes or converts a
+// string.
 
 /// Joins two path parts by one backslash and looks at neither; a null part prints as "(null)".
 LIB_API Lib_String Lib_Combine_Path(const wchar_t* pLeft, const wchar_t* pRight);

@@ -37,7 +37,7 @@ void Make_Upper(wchar_t* text, std::size_t length);
 /// of range gives the nearest limit, no digits 0.
 int Parse_Int(const wchar_t* text, int base);
 
-/// The atof rule; the decimal point is the locale's.
+/// White space, a sign, digits with the locale's decimal point and an optional exponent; no digits give 0.
 double Parse_Double(const char* text);
 
 /// Writes `length` units to standard output: UTF-8 on Linux, as the runtime's wide output does on Windows.

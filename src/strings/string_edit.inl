@@ -118,27 +118,38 @@ unsigned long long find_Across_Nuls(const Char* pText, unsigned long long nLengt
     return scan::None;
 }
 
-unsigned long long count_Occurrences(const Char* pText, unsigned long long nLength, const Part& part) noexcept
+// The occurrences of a part: their number, and the places of as many as there is room for, so that most texts
+// are searched only once.
+struct Occurrences
 {
-    unsigned long long nCount = 0;
-    unsigned long long nFrom = 0;
-    while ((nFrom = find_Across_Nuls(pText, nLength, nFrom, part)) != scan::None)
+    static constexpr unsigned long long Places = 128;
+
+    unsigned long long m_nCount = 0;
+    unsigned long long m_Places[Places];
+
+    Occurrences(const Char* pText, unsigned long long nLength, const Part& part) noexcept
     {
-        nFrom += part.m_nLength;
-        ++nCount;
+        unsigned long long nFrom = 0;
+        for (; (nFrom = find_Across_Nuls(pText, nLength, nFrom, part)) != scan::None; ++m_nCount)
+        {
+            if (m_nCount < Places)
+                m_Places[m_nCount] = nFrom;
+            nFrom += part.m_nLength;
+        }
     }
-    return nCount;
-}
+};
 
 // Writes the text with every occurrence replaced. The target may overlap the source as long as it doesn't
 // run ahead of it.
-void write_Replaced(Char* pTarget, const Char* pText, unsigned long long nLength, const Part& oldPart,
-                    const Part& newPart) noexcept
+void write_Replaced(Char* pTarget, const Char* pText, unsigned long long nLength,
+                    const Occurrences& occurrences, const Part& oldPart, const Part& newPart) noexcept
 {
     unsigned long long nFrom = 0;
-    unsigned long long nFound = 0;
-    while ((nFound = find_Across_Nuls(pText, nLength, nFrom, oldPart)) != scan::None)
+    for (unsigned long long i = 0; i < occurrences.m_nCount; ++i)
     {
+        const unsigned long long nFound = i < Occurrences::Places
+                                              ? occurrences.m_Places[i]
+                                              : find_Across_Nuls(pText, nLength, nFrom, oldPart);
         characters::Move(pTarget, pText + nFrom, nFound - nFrom);
         pTarget += nFound - nFrom;
         characters::Copy(pTarget, newPart.m_pText, newPart.m_nLength);
@@ -160,7 +171,8 @@ int String::Replace(const Char* pOld, const Char* pNew)
     if (oldPart.Lies_In(get_Text(), nLength) || newPart.Lies_In(get_Text(), nLength))
         return Replace(String(pOld).get_Text(), String(pNew).get_Text());
 
-    const unsigned long long nCount = count_Occurrences(get_Text(), nLength, oldPart);
+    const Occurrences occurrences(get_Text(), nLength, oldPart);
+    const unsigned long long nCount = occurrences.m_nCount;
     if (nCount == 0)
         return 0;
     if (newPart.m_nLength > oldPart.m_nLength &&
@@ -173,7 +185,7 @@ int String::Replace(const Char* pOld, const Char* pNew)
     {
         const Char* pText = m_pChars;
         alloc_Buffer(nNew);
-        write_Replaced(m_pChars, pText, nLength, oldPart, newPart);
+        write_Replaced(m_pChars, pText, nLength, occurrences, oldPart, newPart);
         release(pBlock);
         return static_cast<int>(nCount);
     }
@@ -187,7 +199,7 @@ int String::Replace(const Char* pOld, const Char* pNew)
         characters::Move(pText, m_pChars, nLength);
         pText[nLength] = 0;
     }
-    write_Replaced(m_pChars, pText, nLength, oldPart, newPart);
+    write_Replaced(m_pChars, pText, nLength, occurrences, oldPart, newPart);
     set_Length(nNew);
     return static_cast<int>(nCount);
 }
@@ -223,12 +235,12 @@ void String::trim_Back(Matches matches)
 
 void String::TrimLeft()
 {
-    trim_Front([](Char ch) { return is_White_Space(ch); });
+    trim_Front([](Char ch) { return qn_runtime::Is_White_Space(ch); });
 }
 
 void String::TrimRight()
 {
-    trim_Back([](Char ch) { return is_White_Space(ch); });
+    trim_Back([](Char ch) { return qn_runtime::Is_White_Space(ch); });
 }
 
 void String::Trim_Left(Char chTrimmed)

@@ -1,8 +1,8 @@
 #include "strings/string_lists.h"
 
+#include "platform/white_space.h"
 #include "strings/characters.h"
 #include "strings/scan.h"
-#include "strings/white_space.h"
 
 #include <algorithm>
 #include <memory>
@@ -27,16 +27,16 @@ struct Slice
     Slice Trimmed() const noexcept
     {
         Slice trimmed = *this;
-        while (!trimmed.Is_Empty() && is_White_Space(*trimmed.m_pBegin))
+        while (!trimmed.Is_Empty() && qn_runtime::Is_White_Space(*trimmed.m_pBegin))
             ++trimmed.m_pBegin;
-        while (!trimmed.Is_Empty() && is_White_Space(trimmed.m_pEnd[-1]))
+        while (!trimmed.Is_Empty() && qn_runtime::Is_White_Space(trimmed.m_pEnd[-1]))
             --trimmed.m_pEnd;
         return trimmed;
     }
 };
 
 /// A string that takes its text from a slice.
-class Slice_String : public Lib_String
+class Slice_String final : public Lib_String
 {
 public:
     explicit Slice_String(const Slice& slice)
@@ -57,7 +57,7 @@ void ensure_Room(const std::vector<Element>& elements)
 class Lib_Strings_Rel : public Lib_Strings
 {
 public:
-    Lib_Strings_Rel() : m_pStrings(new std::vector<Lib_String>) {}
+    Lib_Strings_Rel() : m_pStrings(new std::vector<Slice_String>) {}
     ~Lib_Strings_Rel() override { delete m_pStrings; }
     Lib_Strings_Rel(const Lib_Strings_Rel&) = delete;
     Lib_Strings_Rel& operator=(const Lib_Strings_Rel&) = delete;
@@ -76,11 +76,11 @@ public:
     void Add(const Slice& slice)
     {
         ensure_Room(*m_pStrings);
-        m_pStrings->push_back(Slice_String(slice));
+        m_pStrings->emplace_back(slice);
     }
 
 private:
-    std::vector<Lib_String>* m_pStrings;
+    std::vector<Slice_String>* m_pStrings;
 };
 
 class Lib_Strings_Table_Real : public Lib_Strings_Table

@@ -1,10 +1,10 @@
 #include "strings/string_w.h"
 
 #include "platform/runtime_text.h"
+#include "platform/white_space.h"
 #include "strings/characters.h"
 #include "strings/format_estimate.h"
 #include "strings/scan.h"
-#include "strings/white_space.h"
 #include "strings/width_conversion.h"
 
 #include <algorithm>

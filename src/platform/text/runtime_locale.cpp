@@ -28,7 +28,8 @@ constinit const Runtime_Locale g_C_Locale{nullptr, L'.', g_C_Name, nullptr, {}, 
 constinit std::mutex g_Locales_Mutex;
 constinit const Runtime_Locale* g_pLocales = &g_C_Locale;
 
-constexpr int CATEGORY_ALL = 0;
+/// LC_ALL as the platform numbers it; <locale.h> has a number of its own.
+constexpr int PLATFORM_LC_ALL = 0;
 constexpr std::size_t LONGEST_NAME = 255;
 
 struct Category
@@ -244,7 +245,7 @@ wchar_t Runtime_Locale::Upper(wchar_t unit) const { return fold_Unit(unit, towup
 
 wchar_t* _wsetlocale(int category, const wchar_t* name)
 {
-    if (category != CATEGORY_ALL)
+    if (category != LC_ALL && category != PLATFORM_LC_ALL)
         return nullptr;
     if (name == nullptr)
         return Get_Runtime_Locale().m_pName;

@@ -1,6 +1,7 @@
 #include "lib_platform.h"
 #include "platform/runtime_text.h"
 #include "platform/text/runtime_locale.h"
+#include "platform/white_space.h"
 
 #include <charconv>
 #include <climits>
@@ -17,14 +18,6 @@ namespace qn_runtime
 
 namespace
 {
-
-bool is_Space(wchar_t unit)
-{
-    if (unit < 0x100)
-        return (unit >= 0x09 && unit <= 0x0D) || unit == 0x20 || unit == 0x85 || unit == 0xA0;
-    WORD type = 0;
-    return unit != 0xFFFF && GetStringTypeW(CT_CTYPE1, &unit, 1, &type) && (type & C1_SPACE) != 0;
-}
 
 /// The value of a digit in any base; 36 for what is none.
 int get_Digit(wchar_t unit)
@@ -58,7 +51,7 @@ long long read_Digits(const wchar_t* text, int base, long long limit)
     return value;
 }
 
-/// The atof rule on one text: where its parts are.
+/// A decimal number with an optional exponent in a text: where its parts are.
 class Double_Reader
 {
 public:
@@ -77,16 +70,9 @@ public:
 
 private:
     static bool is_Decimal(char character) { return character >= '0' && character <= '9'; }
-    static bool is_Hex(char character) { return get_Digit(static_cast<unsigned char>(character)) < 16; }
 
     double read_Magnitude(char decimal_point)
     {
-        m_bHex = m_pText[0] == '0' && (m_pText[1] | 0x20) == 'x' &&
-                 (is_Hex(m_pText[2]) || (m_pText[2] == decimal_point && is_Hex(m_pText[3])));
-        if (m_bHex)
-            m_pText += 2;
-        else if (!is_Decimal(m_pText[0]) && m_pText[0] != decimal_point)
-            return read_Name();
         measure(decimal_point);
         if (m_nDigits == 0)
             return 0.0;
@@ -97,20 +83,9 @@ private:
         return convert(text.data());
     }
 
-    /// "inf", "infinity" and "nan" in any case.
-    double read_Name()
-    {
-        double value = 0.0;
-        if ((*m_pText | 0x20) != 'i' && (*m_pText | 0x20) != 'n')
-            return 0.0;
-        const auto end = std::from_chars(m_pText, m_pText + std::strlen(m_pText), value);
-        m_nDigits = static_cast<std::size_t>(end.ptr - m_pText);
-        return value;
-    }
-
     std::size_t skip_Digits(std::size_t position)
     {
-        for (; m_bHex ? is_Hex(m_pText[position]) : is_Decimal(m_pText[position]); ++position)
+        for (; is_Decimal(m_pText[position]); ++position)
         {
             m_bSignificant = m_bSignificant || m_pText[position] != '0';
             if (m_bSignificant)
@@ -135,7 +110,6 @@ private:
             if (m_nMagnitude == 0)
                 m_nMagnitude = static_cast<long long>(m_nSignificant) - static_cast<long long>(decimals);
         }
-        m_nMagnitude *= m_bHex ? 4 : 1;
         m_nLength = measure_Exponent(position);
         if (m_nPoint == std::string::npos)
             m_nPoint = m_nLength;
@@ -143,7 +117,7 @@ private:
 
     std::size_t measure_Exponent(std::size_t position)
     {
-        if ((m_pText[position] | 0x20) != (m_bHex ? 'p' : 'e'))
+        if ((m_pText[position] | 0x20) != 'e')
             return position;
         std::size_t digits = position + 1;
         const bool negative = m_pText[digits] == '-';
@@ -162,8 +136,7 @@ private:
     double convert(const char* text) const
     {
         double value = 0.0;
-        const auto form = m_bHex ? std::chars_format::hex : std::chars_format::general;
-        const auto end = std::from_chars(text, text + m_nLength, value, form);
+        const auto end = std::from_chars(text, text + m_nLength, value);
         if (end.ec == std::errc::result_out_of_range)
             return m_nMagnitude > 0 ? HUGE_VAL : 0.0;
         return value;
@@ -172,10 +145,9 @@ private:
     const char* m_pText;
     std::size_t m_nLength = 0;      ///< of the number, with its exponent
     std::size_t m_nPoint = 0;       ///< where the point is, or the length
-    std::size_t m_nDigits = 0;      ///< or characters of a name; 0 when there is no number
+    std::size_t m_nDigits = 0;      ///< 0 when there is no number
     std::size_t m_nSignificant = 0; ///< digits from the first that isn't 0
     long long m_nMagnitude = 0;     ///< about the logarithm of the value: above 0 for large ones
-    bool m_bHex = false;
     bool m_bSignificant = false;
 };
 
@@ -185,7 +157,7 @@ int Parse_Int(const wchar_t* text, int base)
 {
     if (base < 0 || base == 1 || base > 36)
         return 0;
-    while (is_Space(*text))
+    while (Is_White_Space(*text))
         ++text;
     const bool negative = *text == '-';
     if (negative || *text == '+')
