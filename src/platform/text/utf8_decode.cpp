@@ -133,6 +133,27 @@ QN_INLINE bool decode_Long_Form(Decoding& at)
     return false;
 }
 
+/// Takes the windows at the front that are ASCII throughout; whether there was one.
+QN_INLINE bool take_Ascii_Windows(Decoding& at)
+{
+    const std::size_t limit = std::min(at.Source_Left(), at.Target_Left());
+    std::size_t done = 0;
+    for (; limit - done >= WINDOW; done += WINDOW)
+    {
+        const Block first = Load(at.source + done);
+        const Block second = Load(at.source + done + 16);
+        if (High_Bits(_mm_or_si128(first, second)) != 0)
+        {
+            break;
+        }
+        Store_Widened(at.target + done, first);
+        Store_Widened(at.target + done + 16, second);
+    }
+    at.source += done;
+    at.target += done;
+    return done != 0;
+}
+
 /// Takes what a window gives, or as many long forms as there are in a row; false if the front is bad.
 QN_INLINE bool decode_Step(Decoding& at)
 {
@@ -146,18 +167,12 @@ QN_INLINE bool decode_Step(Decoding& at)
         }
         return any;
     }
-    const Block first = Load(at.source);
-    const Block second = Load(at.source + 16);
-    if (High_Bits(_mm_or_si128(first, second)) == 0)
+    if (take_Ascii_Windows(at))
     {
-        Store_Widened(at.target, first);
-        Store_Widened(at.target + 16, second);
-        at.source += WINDOW;
-        at.target += WINDOW;
         return true;
     }
     const unsigned char* const from = at.source;
-    Window window = look_At(first, second);
+    Window window = look_At(Load(at.source), Load(at.source + 16));
     take_Runs(at, window);
     take_Runs(at, window);
     return at.source != from;

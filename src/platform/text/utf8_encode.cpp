@@ -129,6 +129,26 @@ QN_INLINE bool encode_Long_Form(Encoding& at)
     return pair.good;
 }
 
+/// Takes the windows at the front that are ASCII throughout; whether there was one.
+QN_INLINE bool take_Ascii_Windows(Encoding& at)
+{
+    const std::size_t limit = std::min(at.Source_Left(), at.Target_Left());
+    std::size_t done = 0;
+    for (; limit - done >= WINDOW; done += WINDOW)
+    {
+        const Block first = Load(at.source + done);
+        const Block second = Load(at.source + done + 8);
+        if (!all_Ascii(_mm_or_si128(first, second)))
+        {
+            break;
+        }
+        Store(at.target + done, _mm_packus_epi16(first, second));
+    }
+    at.source += done;
+    at.target += done;
+    return done != 0;
+}
+
 /// Takes what a window gives, or as many long forms as there are in a row; false if the front is unpaired.
 QN_INLINE bool encode_Step(Encoding& at)
 {
@@ -142,21 +162,11 @@ QN_INLINE bool encode_Step(Encoding& at)
         }
         return any;
     }
-    Block first = Load(at.source);
-    Block second = Load(at.source + 8);
-    if (all_Ascii(_mm_or_si128(first, second)))
+    if (take_Ascii_Windows(at))
     {
-        do
-        {
-            Store(at.target, _mm_packus_epi16(first, second));
-            at.source += WINDOW;
-            at.target += WINDOW;
-            first = Load(at.source);
-            second = Load(at.source + 8);
-        } while (all_Ascii(_mm_or_si128(first, second)) && has_Room(at));
         return true;
     }
-    Window window = look_At(first, second);
+    Window window = look_At(Load(at.source), Load(at.source + 8));
     take_Runs(at, window);
     take_Runs(at, window);
     return true;

@@ -41,10 +41,16 @@ Block bad_Leads(Block bytes, Block next, bool long_forms)
 std::size_t measure_Blocks(const unsigned char*& source, const unsigned char* end)
 {
     Block sums = _mm_setzero_si128();
+    std::size_t ascii = 0;
     unsigned int owed = 0;
     for (; end - source > 16; source += 16)
     {
         const Block bytes = Load(source);
+        if ((High_Bits(bytes) | owed) == 0)
+        {
+            ascii += 16;
+            continue;
+        }
         const Block leads_4 = at_Least(bytes, 0xF0);
         const unsigned int leads_3_or_4 = High_Bits(at_Least(bytes, 0xE0));
         const unsigned int leads = High_Bits(at_Least(bytes, 0xC0));
@@ -62,7 +68,7 @@ std::size_t measure_Blocks(const unsigned char*& source, const unsigned char* en
     }
     alignas(16) unsigned long long halves[2];
     Store(halves, sums);
-    std::size_t count = halves[0] + halves[1];
+    std::size_t count = ascii + halves[0] + halves[1];
     if (owed != 0)
     {
         // The last sequence is not complete: give it back.
