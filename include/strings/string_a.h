@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <cstdarg>
+#include <cstring>
 #include <type_traits>
 
 /// Text of 8-bit characters in the system's ANSI code page, reference-counted and copied on write. Copying

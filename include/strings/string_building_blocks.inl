@@ -25,7 +25,16 @@ Char* get_Text() const noexcept { return m_pChars != nullptr ? m_pChars : &s_Emp
 void init() noexcept { m_pChars = &s_Empty.m_chEnd; }
 
 /// Characters before the NUL; 0 for null.
-static unsigned long long safe_Strlen(const Char* pText) noexcept;
+static unsigned long long safe_Strlen(const Char* pText) noexcept
+{
+    if (pText == nullptr)
+        return 0;
+    if constexpr (sizeof(Char) == 1)
+        return std::strlen(reinterpret_cast<const char*>(pText));
+    else
+        return measure_Text(pText);
+}
+static unsigned long long measure_Text(const Char* pText) noexcept;
 
 /// The sum of two lengths; std::bad_alloc when it doesn't fit.
 static unsigned long long st_Add_Lengths(unsigned long long nLeft, unsigned long long nRight);
@@ -59,15 +68,55 @@ void concat_Copy(unsigned long long nCount1, const Char* pText1, unsigned long l
                  const Char* pText2);
 
 /// Appends characters, which may lie in this string's own block.
-void concat_In_Place(unsigned long long nCount, const Char* pText);
+void concat_In_Place(unsigned long long nCount, const Char* pText)
+{
+    Data* pBlock = get_Data();
+    const unsigned long long nLength = pBlock->m_nLength;
+    if (nCount == 0)
+        return;
+    if (nCount > pBlock->m_nAlloc_Length - nLength || pBlock->Is_Shared())
+    {
+        concat_Elsewhere(nCount, pText);
+        return;
+    }
+    std::memmove(m_pChars + nLength, pText, nCount * sizeof(Char));
+    pBlock->m_nLength = nLength + nCount;
+    m_pChars[nLength + nCount] = 0;
+}
+
+/// The same for one character.
+void concat_Character_In_Place(Char ch)
+{
+    Data* pBlock = get_Data();
+    const unsigned long long nLength = pBlock->m_nLength;
+    if (nLength == pBlock->m_nAlloc_Length || pBlock->Is_Shared())
+    {
+        concat_Elsewhere(1, &ch);
+        return;
+    }
+    pBlock->m_nLength = nLength + 1;
+    Char* pEnd = m_pChars + nLength;
+    pEnd[0] = ch;
+    pEnd[1] = 0;
+}
+
+/// The same by moving to a new block.
+void concat_Elsewhere(unsigned long long nCount, const Char* pText);
 
 /// Takes one holder from a block and frees it after the last; m_pChars stays as it is.
 void release(Data* pBlock) noexcept
 {
-    if (pBlock != &s_Empty.m_Header && pBlock->m_nRef_Count.fetch_sub(1) - 1 <= 0)
-        free_Data(pBlock);
+    if (pBlock != &s_Empty.m_Header)
+        drop_Holder(pBlock);
 }
 void release() noexcept { Flush(); }
+
+/// The same for a block that isn't the shared empty one.
+void drop_Holder(Data* pBlock) noexcept
+{
+    if (pBlock->m_nRef_Count.fetch_sub(1) - 1 <= 0)
+        free_Data(pBlock);
+}
 
 /// Shares the source's block, or copies the text up to its first NUL when the source is locked. For
 /// constructors: there is no previous block.
@@ -98,7 +147,15 @@ void assign(Char ch);
 int load_String(unsigned int nId, wchar_t* pBuffer, int nSize, HINSTANCE hModule) const;
 
 /// The bodies that several operations share.
-bool equals(const String& other) const noexcept;
+bool equals(const String& other) const noexcept
+{
+    const unsigned long long nLength = Get_Length();
+    return m_pChars == other.m_pChars ||
+           (nLength != 0 && nLength == other.Get_Length() &&
+            std::memcmp(m_pChars, other.m_pChars, nLength * sizeof(Char)) == 0) ||
+           equals_Up_To_NUL(other);
+}
+bool equals_Up_To_NUL(const String& other) const noexcept;
 bool equals(const Char* pText) const noexcept;
 void insert(int nIndex, const Char* pText, unsigned long long nCount);
 template <class Matches>

@@ -71,7 +71,7 @@ void Flush() noexcept
 {
     if (m_pChars != nullptr && m_pChars != &s_Empty.m_chEnd)
     {
-        release(get_Data());
+        drop_Holder(reinterpret_cast<Data*>(m_pChars) - 1);
         init();
     }
 }

@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <cstdarg>
+#include <cstring>
 #include <type_traits>
 
 /// Text of 16-bit units, reference-counted and copied on write. Copying costs one atomic increment. The
@@ -70,7 +71,7 @@ public:
     }
     const Lib_StringW& operator+=(wchar_t ch)
     {
-        concat_In_Place(1, &ch);
+        concat_Character_In_Place(ch);
         return *this;
     }
 

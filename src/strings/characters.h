@@ -40,10 +40,18 @@ void Copy(Char* pTarget, const Char* pSource, std::size_t nCount) noexcept
 inline std::size_t Length(const char* pText) noexcept { return std::strlen(pText); }
 inline std::size_t Length(const wchar_t* pText) noexcept
 {
-    const wchar_t* pEnd = pText;
-    while (*pEnd != 0)
-        ++pEnd;
-    return static_cast<std::size_t>(pEnd - pText);
+    // Several units a round: a round's one jump back costs as much as looking at a unit.
+    for (std::size_t i = 0;; i += 4)
+    {
+        if (pText[i] == 0)
+            return i;
+        if (pText[i + 1] == 0)
+            return i + 1;
+        if (pText[i + 2] == 0)
+            return i + 2;
+        if (pText[i + 3] == 0)
+            return i + 3;
+    }
 }
 
 /// Characters before the NUL, at most nLimit; nothing behind the limit is read.

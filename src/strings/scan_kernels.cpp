@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdint>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -42,6 +43,12 @@ struct Vector
     {
         return static_cast<unsigned int>(_mm_movemask_epi8(lanes));
     }
+    static __m128i Mark(__m128i units, __m128i wanted) noexcept
+    {
+        return Either(Equal(units, wanted), Equal(units, _mm_setzero_si128()));
+    }
+    static __m128i Merge(__m128i left, __m128i right) noexcept { return Either(left, right); }
+    static unsigned int Hits(__m128i marks) noexcept { return Bits(marks); }
 };
 
 #include "strings/scan_kernels.inl"

@@ -1,6 +1,7 @@
 // The vector loops of the searches, compiled once for each instruction set. The including file defines the
 // template Vector<Char>: Lanes, Load, Fill, Equal, Either, Both and Bits, where Bits gives one bit for each
-// byte.
+// byte. Mark marks the units that are the wanted one or a NUL, in whatever form is quick to make and to
+// merge; Hits gives the bits of what is marked.
 
 template <class Char>
 inline std::size_t first_Lane(unsigned int nBits) noexcept
@@ -22,22 +23,20 @@ std::size_t find_Character(const Char* pText, std::size_t nLength, Char ch) noex
         return pText[i] == ch ? i : scan::None;
     }
     const auto wanted = V::Fill(ch);
-    const auto zero = V::Fill(Char(0));
-    const auto hits = [=](std::size_t nAt) noexcept
-    {
-        const auto units = V::Load(pText + nAt);
-        return V::Either(V::Equal(units, wanted), V::Equal(units, zero));
-    };
+    const auto marks = [=](std::size_t nAt) noexcept { return V::Mark(V::Load(pText + nAt), wanted); };
+    if (V::Hits(marks(0)) == 0)
+        i = V::Lanes -
+            reinterpret_cast<std::uintptr_t>(pText) / sizeof(Char) % V::Lanes; // aligned from here on
     for (; i + 4 * V::Lanes <= nReadable; i += 4 * V::Lanes)
     {
-        const auto front = V::Either(hits(i), hits(i + V::Lanes));
-        const auto back = V::Either(hits(i + 2 * V::Lanes), hits(i + 3 * V::Lanes));
-        if (V::Bits(V::Either(front, back)) != 0)
+        const auto front = V::Merge(marks(i), marks(i + V::Lanes));
+        const auto back = V::Merge(marks(i + 2 * V::Lanes), marks(i + 3 * V::Lanes));
+        if (V::Hits(V::Merge(front, back)) != 0)
             break;
     }
-    for (;; i = std::min(i + V::Lanes, nReadable - V::Lanes))
+    for (i = std::min(i, nReadable - V::Lanes);; i = std::min(i + V::Lanes, nReadable - V::Lanes))
     {
-        const unsigned int nBits = V::Bits(hits(i));
+        const unsigned int nBits = V::Hits(marks(i));
         if (nBits == 0)
             continue;
         i += first_Lane<Char>(nBits);

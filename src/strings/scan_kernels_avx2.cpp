@@ -7,6 +7,7 @@
 #include <immintrin.h>
 
 #include <algorithm>
+#include <cstdint>
 
 namespace
 {
@@ -37,6 +38,17 @@ struct Vector
     {
         return static_cast<unsigned int>(_mm256_movemask_epi8(lanes));
     }
+
+    // Marked lanes are 0, all others are not.
+    static __m256i Mark(__m256i units, __m256i wanted) noexcept
+    {
+        return Merge(_mm256_xor_si256(units, wanted), units);
+    }
+    static __m256i Merge(__m256i left, __m256i right) noexcept
+    {
+        return sizeof(Char) == 1 ? _mm256_min_epu8(left, right) : _mm256_min_epu16(left, right);
+    }
+    static unsigned int Hits(__m256i marks) noexcept { return Bits(Equal(marks, _mm256_setzero_si256())); }
 };
 
 #include "strings/scan_kernels.inl"

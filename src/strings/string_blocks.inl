@@ -3,10 +3,7 @@
 
 constinit String::Empty_Data String::s_Empty{{-1, 0, 0}, 0};
 
-unsigned long long String::safe_Strlen(const Char* pText) noexcept
-{
-    return pText != nullptr ? characters::Length(pText) : 0;
-}
+unsigned long long String::measure_Text(const Char* pText) noexcept { return characters::Length(pText); }
 
 void String::free_Data(Data* pBlock) noexcept { ::operator delete(pBlock); }
 
@@ -90,19 +87,10 @@ void String::concat_Copy(unsigned long long nCount1, const Char* pText1, unsigne
     characters::Copy(m_pChars + nCount1, pText2, nCount2);
 }
 
-void String::concat_In_Place(unsigned long long nCount, const Char* pText)
+void String::concat_Elsewhere(unsigned long long nCount, const Char* pText)
 {
-    if (nCount == 0)
-        return;
     Data* pOld = get_Data();
-    const unsigned long long nLength = pOld->m_nLength;
-    if (!pOld->Is_Shared() && nCount <= pOld->m_nAlloc_Length - nLength)
-    {
-        characters::Move(m_pChars + nLength, pText, nCount);
-        set_Length(nLength + nCount);
-        return;
-    }
-    concat_Copy(nLength, m_pChars, nCount, pText);
+    concat_Copy(pOld->m_nLength, m_pChars, nCount, pText);
     release(pOld);
 }
 

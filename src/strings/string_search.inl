@@ -33,13 +33,9 @@ bool String::equals(const Char* pText) const noexcept
     return characters::Compare(get_Text(), text_Or_Empty(pText)) == 0;
 }
 
-bool String::equals(const String& other) const noexcept
+// Texts that differ in length or content may still end at an embedded NUL before they differ.
+bool String::equals_Up_To_NUL(const String& other) const noexcept
 {
-    const unsigned long long nLength = Get_Length();
-    if (nLength == other.Get_Length() && (m_pChars == other.m_pChars || nLength == 0 ||
-                                          std::memcmp(m_pChars, other.m_pChars, nLength * sizeof(Char)) == 0))
-        return true;
-    // Both may still end at an embedded NUL before they differ.
     return characters::Compare(get_Text(), other.get_Text()) == 0;
 }
 

@@ -2,6 +2,7 @@
 
 #include "platform/runtime_text.h"
 #include "strings/characters.h"
+#include "strings/scan.h"
 #include "strings/width_conversion.h"
 
 #include <climits>
@@ -66,9 +67,10 @@ namespace
 
 // Ends the output at once for a conversion by the platform: the text up to its first NUL, in the present
 // block where that has the room and else in one that fits exactly.
-void take_Text(Lib_String& strOutput, Lib_String& strText)
+void take_Text(Lib_String& strOutput, Lib_String& strText, int nUnits)
 {
-    strText.Release_Buffer();
+    strText.Release_Buffer(
+        scan::Find_Character(strText.Get_Buffer(0), static_cast<std::size_t>(nUnits), L'\0'));
     if (strText.Get_Length() <= strOutput.Get_Alloc_Length())
     {
         strOutput = strText.GetW();
@@ -101,7 +103,7 @@ bool Lib_UTF8_Buffer_To_WString(unsigned char* pData, unsigned long nSize, Lib_S
     if (nUnits == 0)
         return false;
     pUnits[nUnits] = 0;
-    take_Text(strOutput, strText);
+    take_Text(strOutput, strText, nUnits);
     return true;
 }
 
