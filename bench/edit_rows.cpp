@@ -1,4 +1,4 @@
-// Replacing, trimming, upper case and splitting. Each work starts from a text that stays as it is.
+// Replacing, trimming, upper case and splitting. Edits work on a copy of a text that stays as it is.
 
 #include <lib_strings.h> // before GLib, whose TRUE and FALSE are macros
 
@@ -93,25 +93,28 @@ void add_Replace16(const std::u16string& strText, const std::u16string& strBefor
 #endif
 }
 
+// A text that has just come in is trimmed where it stands.
 template <class Text>
-Text trimmed(const Text& text, const typename Text::value_type* pBlanks)
+Text trimmed(Text text, const typename Text::value_type* pBlanks)
 {
-    const std::size_t nFirst = text.find_first_not_of(pBlanks);
-    return nFirst == Text::npos ? Text() : text.substr(nFirst, text.find_last_not_of(pBlanks) + 1 - nFirst);
+    text.erase(text.find_last_not_of(pBlanks) + 1);
+    return std::move(text.erase(0, text.find_first_not_of(pBlanks)));
 }
 
 void add_Trim8(const std::string& strText)
 {
-    Row row("trim 60 characters of 8 blanks each side, 8 bits", 1.0);
-    row.Add(Row::Ours, on_A_Copy(Lib_StringA(strText.c_str()),
-                                 [](Lib_StringA& text)
-                                 {
-                                     text.TrimRight();
-                                     text.TrimLeft();
-                                 }));
-    row.Add("C++ library", [strText] { return trimmed(strText, " \t\n\v\f\r"); });
+    Row row("take and trim 60 characters in 16 blanks, 8 bits", 1.0);
+    row.Add(Row::Ours,
+            [strText]
+            {
+                Lib_StringA text(strText.c_str());
+                text.TrimRight();
+                text.TrimLeft();
+                return text;
+            });
+    row.Add("C++ library", [strText] { return trimmed(std::string(strText.c_str()), " \t\n\v\f\r"); });
 #if defined(QNLIB_BENCH_QT)
-    row.Add("Qt", [text = peers::Qt_Bytes(strText)] { return text.trimmed(); });
+    row.Add("Qt", [strText] { return QByteArray(strText.c_str()).trimmed(); });
 #endif
 #if defined(QNLIB_BENCH_GLIB)
     row.Add("GLib",
@@ -125,19 +128,28 @@ void add_Trim8(const std::string& strText)
 
 void add_Trim16(const std::u16string& strText)
 {
-    Row row("trim 60 characters of 8 blanks each side, 16 bits", 1.0);
-    row.Add(Row::Ours, on_A_Copy(Lib_StringW(texts::Wide(strText)),
-                                 [](Lib_StringW& text)
-                                 {
-                                     text.TrimRight();
-                                     text.TrimLeft();
-                                 }));
-    row.Add("C++ library", [strText] { return trimmed(strText, u" \t\n\v\f\r\u0085\u00A0"); });
+    Row row("take and trim 60 characters in 16 blanks, 16 bits", 1.0);
+    row.Add(Row::Ours,
+            [strText]
+            {
+                Lib_StringW text(texts::Wide(strText));
+                text.TrimRight();
+                text.TrimLeft();
+                return text;
+            });
+    row.Add("C++ library",
+            [strText] { return trimmed(std::u16string(strText.c_str()), u" \t\n\v\f\r\u0085\u00A0"); });
 #if defined(QNLIB_BENCH_QT)
-    row.Add("Qt", [text = peers::Qt_String(strText)] { return text.trimmed(); });
+    row.Add("Qt", [strText] { return QString::fromUtf16(strText.c_str()).trimmed(); });
 #endif
 #if defined(QNLIB_BENCH_ICU)
-    row.Add("ICU", on_A_Copy(peers::Icu_String(strText), [](icu::UnicodeString& text) { text.trim(); }));
+    row.Add("ICU",
+            [strText]
+            {
+                icu::UnicodeString text(strText.c_str());
+                text.trim();
+                return text;
+            });
 #endif
 }
 

@@ -1,9 +1,11 @@
-// The benchmark program. Its arguments are those of Google Benchmark (--help); what stands first in the list
-// below holds unless an argument says otherwise.
+// The benchmark program. Its arguments are those of Google Benchmark (--help), and --all for the times of
+// every peer. What stands first in the list below holds unless an argument says otherwise.
 
 #include "report.h"
 #include "row.h"
 
+#include <algorithm>
+#include <string_view>
 #include <vector>
 
 int main(int nArguments, char** ppArguments)
@@ -15,6 +17,11 @@ int main(int nArguments, char** ppArguments)
     static char interleaved[] = "--benchmark_enable_random_interleaving=true";
     std::vector<char*> arguments{ppArguments[0], repetitions, min_time, interleaved};
     arguments.insert(arguments.end(), ppArguments + 1, ppArguments + nArguments);
+    const auto all =
+        std::remove_if(arguments.begin(), arguments.end(),
+                       [](const char* pArgument) { return std::string_view(pArgument) == "--all"; });
+    const bool bAll = all != arguments.end();
+    arguments.erase(all, arguments.end());
     int nCount = static_cast<int>(arguments.size());
     arguments.push_back(nullptr);
 
@@ -26,7 +33,7 @@ int main(int nArguments, char** ppArguments)
     Add_Edit_Rows();
     Add_Format_Rows();
     Add_Conversion_Rows();
-    Report report;
+    Report report(bAll);
     benchmark::RunSpecifiedBenchmarks(&report);
     benchmark::Shutdown();
     return 0;

@@ -67,7 +67,7 @@ void Report::ReportRuns(const std::vector<Run>& runs)
 
 void Report::Finalize()
 {
-    std::printf("%-44s %10s   %-18s %10s  %6s  %4s\n", "row", Row::Ours, "best peer", "its time", "ratio",
+    std::printf("%-50s %10s   %-18s %10s  %6s  %4s\n", "row", Row::Ours, "best peer", "its time", "ratio",
                 "mark");
     for (const Announced_Row& row : announced_Rows())
         print_Row(row.m_strName, row.m_dMark);
@@ -88,11 +88,14 @@ void Report::print_Row(const std::string& strName, double dMark) const
             pBest = &entry;
     if (pBest == nullptr)
     {
-        std::printf("%-44s %10s   %-18s\n", strName.c_str(), to_Text(dOurs).c_str(), "(none)");
+        std::printf("%-50s %10s   %-18s\n", strName.c_str(), to_Text(dOurs).c_str(), "(none)");
         return;
     }
     const double dRatio = pBest->second / dOurs;
-    std::printf("%-44s %10s   %-18s %10s  %6.2f  %4.1f%s\n", strName.c_str(), to_Text(dOurs).c_str(),
+    std::printf("%-50s %10s   %-18s %10s  %6.2f  %4.1f%s\n", strName.c_str(), to_Text(dOurs).c_str(),
                 pBest->first.c_str(), to_Text(pBest->second).c_str(), dRatio, dMark,
                 dRatio < dMark ? " <" : "");
+    if (m_bAll)
+        for (const auto& [strWho, dTime] : row->second)
+            std::printf("    %-20s %10s\n", strWho.c_str(), to_Text(dTime).c_str());
 }

@@ -15,6 +15,9 @@ public:
     /// Tells of a row before any of its works is measured.
     static void Announce_Row(const std::string& strName, double dMark);
 
+    /// With `bAll` each row shows every peer's time.
+    explicit Report(bool bAll) : m_bAll(bAll) {}
+
     bool ReportContext(const Context& context) override;
     void ReportRuns(const std::vector<Run>& runs) override;
     void Finalize() override;
@@ -22,6 +25,7 @@ public:
 private:
     void print_Row(const std::string& strName, double dMark) const;
 
+    bool m_bAll;
     std::map<std::string, std::map<std::string, double>> m_Times; ///< nanoseconds by row and by who
 };
 
