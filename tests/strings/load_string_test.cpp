@@ -1,0 +1,29 @@
+// Loads from the program's own string table: string_table_linux.cpp, or string_table.rc on Windows.
+
+#include "string_probe.h"
+
+using namespace test_support;
+
+TEST(Load_String, Takes_A_Text_Of_Any_Length)
+{
+    for (const auto& [nId, nCapacity] : {std::pair(254U, 254U), std::pair(255U, 511U), std::pair(600U, 767U)})
+    {
+        Lib_String text(L"before");
+        const Lib_String other(text);
+        ASSERT_EQ(1, text.Load_String(nId, nullptr));
+        ASSERT_EQ(nId, text.Get_Length());
+        for (unsigned int i = 0; i < nId; ++i)
+            ASSERT_EQ(L'0' + static_cast<int>(i % 10), text.Get_At(i)) << "unit " << i << " of " << nId;
+        EXPECT_EQ(nCapacity, text.Get_Alloc_Length()) << "a short text comes without spare room";
+        EXPECT_TEXT_EQ(L"before", other);
+        ASSERT_EQ(1, text.Load_String(7, nullptr));
+        EXPECT_TEXT_EQ(L"seven", text);
+    }
+}
+
+TEST(Load_String, Empties_The_String_For_A_Missing_Text)
+{
+    Lib_String text(L"before");
+    EXPECT_EQ(0, text.Load_String(8, nullptr));
+    EXPECT_TRUE(text.Is_Empty());
+}
