@@ -1,5 +1,6 @@
 #include "platform/text/conversion.h"
 #include "platform/text/utf8_sequence.h"
+#include "platform/text/utf8_short_forms.h"
 #include "platform/text/vectors.h"
 
 #include <algorithm>
@@ -201,13 +202,27 @@ void decode_Ascii(Decoding&) {}
 
 #endif
 
+QN_INLINE void take_Short_Forms([[maybe_unused]] Decoding& at)
+{
+#if defined(QNLIB_AVX2_KERNELS)
+    const short_forms::Decoding end = short_forms::Decode({at.source, at.target}, at.source_end, at.target_end);
+    at.source = end.source;
+    at.target = end.target;
+#endif
+}
+
 /// Converts until `stop` is reached or passed, or a side has too little left for a step. The position is a
 /// local one, so that the compiler keeps it in registers: what is stored cannot change it.
 DWORD decode_Steps(Decoding& position, const unsigned char* stop, bool strict)
 {
     Decoding at = position;
+    const bool fast = short_forms::Are_Supported();
     while (at.source < stop && has_Room(at))
     {
+        if (fast)
+            take_Short_Forms(at);
+        if (at.source >= stop || !has_Room(at))
+            break;
         if (decode_Step(at))
         {
             continue;

@@ -1,5 +1,6 @@
 #include "platform/text/conversion.h"
 #include "platform/text/utf16_character.h"
+#include "platform/text/utf8_short_forms.h"
 #include "platform/text/vectors.h"
 
 #include <algorithm>
@@ -200,13 +201,27 @@ void encode_Ascii(Encoding&) {}
 
 #endif
 
+QN_INLINE void take_Short_Forms([[maybe_unused]] Encoding& at)
+{
+#if defined(QNLIB_AVX2_KERNELS)
+    const short_forms::Encoding end = short_forms::Encode({at.source, at.target}, at.source_end, at.target_end);
+    at.source = end.source;
+    at.target = end.target;
+#endif
+}
+
 /// Converts until `stop` is reached or passed, or a side has too little left for a step. The position is a
 /// local one, so that the compiler keeps it in registers: what is stored cannot change it.
 DWORD encode_Steps(Encoding& position, const wchar_t* stop, bool strict)
 {
     Encoding at = position;
+    const bool fast = short_forms::Are_Supported();
     while (at.source < stop && has_Room(at))
     {
+        if (fast)
+            take_Short_Forms(at);
+        if (at.source >= stop || !has_Room(at))
+            break;
         if (encode_Step(at))
         {
             continue;
