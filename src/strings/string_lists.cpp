@@ -176,8 +176,11 @@ unsigned long long Lib_Split_String(const wchar_t* pText, wchar_t chSeparator, L
         return 0;
     auto* pStrings = new Lib_Strings_Rel;
     pList = pStrings;
-    const wchar_t* pEnd = pText + characters::Length(pText);
-    pStrings->Reserve(static_cast<std::size_t>(std::count(pText, pEnd, chSeparator)) + 1);
+    std::size_t nSeparators = 0;
+    const wchar_t* pEnd = pText;
+    for (; *pEnd != 0; ++pEnd)
+        nSeparators += *pEnd == chSeparator;
+    pStrings->Reserve(nSeparators + 1);
 
     // The first token exists even without characters; later ones begin at a unit that is no separator.
     const wchar_t* pStart = pText;

@@ -65,12 +65,19 @@ Lib_String Lib_Increment_String(const wchar_t* pText)
 namespace
 {
 
-// Ends the output at once for a conversion by the platform: the text up to its first NUL, in the present
-// block where that has the room and else in one that fits exactly.
-void take_Text(Lib_String& strOutput, Lib_String& strText, int nUnits)
+// The units before the first NUL. UTF-8 without a NUL gives none, and is quicker to search.
+unsigned long long length_Of(const wchar_t* pUnits, int nUnits, const char* pBytes, int nBytes)
 {
-    strText.Release_Buffer(
-        scan::Find_Character(strText.Get_Buffer(0), static_cast<std::size_t>(nUnits), L'\0'));
+    const auto nLength = static_cast<unsigned long long>(nUnits);
+    if (nBytes > 0 && std::memchr(pBytes, 0, static_cast<std::size_t>(nBytes)) == nullptr)
+        return nLength;
+    return scan::Find_Character(pUnits, nLength, L'\0');
+}
+
+// Ends the output at once for a conversion by the platform: the text in the present block where that has the
+// room and else in one that fits exactly.
+void take_Text(Lib_String& strOutput, Lib_String& strText)
+{
     if (strText.Get_Length() <= strOutput.Get_Alloc_Length())
     {
         strOutput = strText.GetW();
@@ -103,7 +110,8 @@ bool Lib_UTF8_Buffer_To_WString(unsigned char* pData, unsigned long nSize, Lib_S
     if (nUnits == 0)
         return false;
     pUnits[nUnits] = 0;
-    take_Text(strOutput, strText, nUnits);
+    strText.Release_Buffer(length_Of(pUnits, nUnits, pBytes, nBytes));
+    take_Text(strOutput, strText);
     return true;
 }
 

@@ -205,7 +205,8 @@ void decode_Ascii(Decoding&) {}
 QN_INLINE void take_Short_Forms([[maybe_unused]] Decoding& at)
 {
 #if defined(QNLIB_AVX2_KERNELS)
-    const short_forms::Decoding end = short_forms::Decode({at.source, at.target}, at.source_end, at.target_end);
+    const short_forms::Decoding end =
+        short_forms::Decode({at.source, at.target}, at.source_end, at.target_end);
     at.source = end.source;
     at.target = end.target;
 #endif

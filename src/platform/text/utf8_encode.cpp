@@ -204,7 +204,8 @@ void encode_Ascii(Encoding&) {}
 QN_INLINE void take_Short_Forms([[maybe_unused]] Encoding& at)
 {
 #if defined(QNLIB_AVX2_KERNELS)
-    const short_forms::Encoding end = short_forms::Encode({at.source, at.target}, at.source_end, at.target_end);
+    const short_forms::Encoding end =
+        short_forms::Encode({at.source, at.target}, at.source_end, at.target_end);
     at.source = end.source;
     at.target = end.target;
 #endif
