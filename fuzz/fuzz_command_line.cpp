@@ -77,7 +77,7 @@ void load(const Declaration& declaration, const Text& strText, Value& value)
     else if (declaration.m_Type == PARAM_TYPE_STRING)
         value.m_strText = strText;
     else if (declaration.m_Type == PARAM_TYPE_HEX_BYTES)
-        Lib_Read_Buffer(As_Wide(strText), value.m_Bytes, 0);
+        Lib_Read_Buffer(Wide_Text(strText), value.m_Bytes, 0);
 }
 
 bool parse_Model(const std::vector<Text>& Arguments, std::vector<Value>& Values)
@@ -145,7 +145,7 @@ void check_Value(const Lib_Parser_Param& Param, PARAM_TYPE Type, const Value& va
         FUZZ_CHECK(reinterpret_cast<std::uintptr_t>(Param.Get_Param()) == value.m_nNumber);
 }
 
-Lib_String as_String(const Text& strText) { return Lib_String(As_Wide(strText)); }
+Lib_String as_String(const Text& strText) { return Lib_String(Wide_Text(strText).Get()); }
 
 } // namespace
 
@@ -162,11 +162,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSi
     for (int nRound = 0; nRound < 2; ++nRound)
     {
         std::vector<Text> Arguments(Input.Take_Choice(12));
+        std::vector<Wide_Text> Texts;
         std::vector<wchar_t*> Pointers;
         for (Text& strArgument : Arguments)
         {
             strArgument = take_Argument(Input);
-            Pointers.push_back(reinterpret_cast<wchar_t*>(strArgument.data()));
+            Texts.emplace_back(strArgument);
+            Pointers.push_back(Texts.back().Get());
         }
         const bool bExpected = parse_Model(Arguments, Values);
         const bool bResult = Lib_Parser::Parse_Params(

@@ -174,13 +174,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSi
     Fuzz_Input Input(pData, nSize);
     const bool bKnown = Input.Take_Choice(2) == 1;
     const Arguments arguments = take_Arguments(Input, bKnown);
-    const std::u16string strWide = bKnown ? take_Known_Format(Input) : take_Any_Format(Input);
-    std::string strNarrow;
-    for (char16_t ch : strWide)
-        strNarrow += static_cast<char>(ch);
+    const std::u16string strFormat = bKnown ? take_Known_Format(Input) : take_Any_Format(Input);
     constexpr std::make_index_sequence<DOUBLES> Doubles;
     constexpr std::make_index_sequence<SLOTS> Slots;
-    check_Format<Lib_StringW>(As_Wide(strWide), arguments, bKnown, Doubles, Slots);
-    check_Format<Lib_StringA>(strNarrow.c_str(), arguments, bKnown, Doubles, Slots);
+    check_Format<Lib_StringW, wchar_t>(Wide_Text(strFormat), arguments, bKnown, Doubles, Slots);
+    check_Format<Lib_StringA, char>(Exact_Text<char>(strFormat), arguments, bKnown, Doubles, Slots);
     return 0;
 }

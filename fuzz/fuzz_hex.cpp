@@ -80,7 +80,7 @@ void check_Read(const Text& strText, char16_t chSeparator)
 {
     const Bytes Before = {1, 2, 3};
     Lib_Buffer Output(Before);
-    Lib_Read_Buffer(As_Wide(strText), Output, static_cast<wchar_t>(chSeparator));
+    Lib_Read_Buffer(Wide_Text(strText), Output, static_cast<wchar_t>(chSeparator));
     Bytes Expected = Before;
     if (!strText.empty())
         Expected = chSeparator == 0 ? pairs_Model(strText) : separated_Model(strText, chSeparator);

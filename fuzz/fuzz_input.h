@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <string>
 
 // What the fuzz targets share: reading choices and texts out of the fuzzer's bytes, and stopping at a fault.
@@ -66,11 +67,24 @@ private:
     std::size_t m_nLeft;
 };
 
-/// The NUL-ended text as the library takes it.
-inline const wchar_t* As_Wide(const std::u16string& strText)
+/// A text as the library takes it: NUL-ended, in a block that ends there, so that reading on is seen.
+template <class Char>
+class Exact_Text
 {
-    return reinterpret_cast<const wchar_t*>(strText.c_str());
-}
+public:
+    explicit Exact_Text(const std::u16string& strText) : m_pText(new Char[strText.size() + 1])
+    {
+        for (std::size_t i = 0; i <= strText.size(); ++i)
+            m_pText[i] = static_cast<Char>(strText.c_str()[i]);
+    }
+    operator const Char*() const { return m_pText.get(); }
+    Char* Get() const { return m_pText.get(); }
+
+private:
+    std::unique_ptr<Char[]> m_pText;
+};
+
+using Wide_Text = Exact_Text<wchar_t>;
 
 /// The whole text of a library's string, after a look at how it is kept.
 inline std::u16string As_Model(const Lib_StringW& strText)

@@ -91,7 +91,7 @@ void check_Parse(const Text& strText)
 {
     const Pairs Expected = parse_Model(strText);
     Lib_Strings_Table* pTable = nullptr;
-    const unsigned long long nCount = Lib_Parse_String(As_Wide(strText), pTable);
+    const unsigned long long nCount = Lib_Parse_String(Wide_Text(strText), pTable);
     const std::unique_ptr<Lib_Strings_Table> pOwner(pTable);
     FUZZ_CHECK(nCount == Expected.size());
     FUZZ_CHECK((pTable != nullptr) == (nCount != 0));
@@ -115,7 +115,7 @@ void check_Split(const Text& strText, char16_t chSeparator)
     const std::vector<Text> Expected = split_Model(strText, chSeparator);
     Lib_Strings* pList = nullptr;
     const unsigned long long nCount =
-        Lib_Split_String(As_Wide(strText), static_cast<wchar_t>(chSeparator), pList);
+        Lib_Split_String(Wide_Text(strText), static_cast<wchar_t>(chSeparator), pList);
     const std::unique_ptr<Lib_Strings> pOwner(pList);
     FUZZ_CHECK(nCount == Expected.size() && pList != nullptr);
     FUZZ_CHECK(pList->Get_Num_Elements() == nCount);

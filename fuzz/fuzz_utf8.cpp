@@ -118,13 +118,13 @@ void check_Encode(const Text& strText)
 {
     const Bytes Expected = encode_Model(strText);
     Lib_Buffer Output(3);
-    FUZZ_CHECK(Lib_WString_To_UTF8_Buffer(As_Wide(strText), strText.size(), Output));
+    FUZZ_CHECK(Lib_WString_To_UTF8_Buffer(Wide_Text(strText), strText.size(), Output));
     FUZZ_CHECK(Output.Is_Equals(Expected.data(), Expected.size()));
     if (Expected.size() < 2)
         return;
     const int nShort = static_cast<int>(Expected.size()) - 1;
     const auto pShort = std::make_unique<char[]>(Expected.size() - 1);
-    FUZZ_CHECK(WideCharToMultiByte(CP_UTF8, 0, As_Wide(strText), static_cast<int>(strText.size()),
+    FUZZ_CHECK(WideCharToMultiByte(CP_UTF8, 0, Wide_Text(strText), static_cast<int>(strText.size()),
                                    pShort.get(), nShort, nullptr, nullptr) == 0);
 }
 
