@@ -17,6 +17,8 @@
 /// keeps its size, block and content, and a constructor makes an empty buffer. Nothing else reports it, and
 /// nothing is ever thrown. A caller for whom it matters compares Get_Size with what he asked for.
 ///
+/// A pointer that is given with a size is readable for that size; null goes with 0.
+///
 /// Several threads may read one buffer; who changes it needs it alone.
 class LIB_API Lib_Buffer
 {
@@ -97,6 +99,11 @@ protected:
 
     /// Leaves the buffer empty and releases nothing: for a derived class whose block has gone elsewhere.
     void init() noexcept;
+
+    /// What stands in for an element that there is no memory for: nSize bytes of 0, the calling thread's own
+    /// until that thread asks again.
+    static constexpr unsigned long long Max_Spare_Bytes = 64;
+    static void* st_Spare_Bytes(unsigned long long nSize) noexcept;
 
 private:
     unsigned long long m_nSize = 0;

@@ -3,9 +3,7 @@
 
 #include "foundation/buffer.h"
 
-#include <cstring>
 #include <limits>
-#include <new>
 #include <type_traits>
 
 /// A Lib_Buffer that is counted in elements of T, which must be a plain type: elements are moved and zeroed
@@ -35,11 +33,10 @@ public:
     /// Puts one element behind the others.
     void Add(T Value) noexcept;
 
-    /// Puts nCount elements of 0 behind the others.
+    /// Puts nCount elements of 0 behind the others; 0 changes nothing.
     void Add_Elements(unsigned long long nCount) noexcept;
 
 private:
-    static T& st_Spare_Element() noexcept;
     bool grow(unsigned long long nCount) noexcept;
 };
 
@@ -58,7 +55,7 @@ T& LibT_Buffer<T>::operator[](unsigned long long nIndex) noexcept
         // The largest index has no count that holds it.
         if (nIndex == std::numeric_limits<unsigned long long>::max() || !grow(nIndex - nCount + 1))
         {
-            return st_Spare_Element();
+            return *static_cast<T*>(st_Spare_Bytes(sizeof(T)));
         }
     }
     return static_cast<T*>(Get_Ptr())[nIndex];
@@ -83,7 +80,8 @@ void LibT_Buffer<T>::Add_Elements(unsigned long long nCount) noexcept
 template <typename T>
 bool LibT_Buffer<T>::grow(unsigned long long nCount) noexcept
 {
-    static_assert(std::is_trivially_copyable_v<T> && alignof(T) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__);
+    static_assert(std::is_trivially_copyable_v<T> && alignof(T) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__ &&
+                  sizeof(T) <= Lib_Buffer::Max_Spare_Bytes);
 
     const unsigned long long nOld_Size = Get_Size();
     if (nCount > (std::numeric_limits<unsigned long long>::max() - nOld_Size) / sizeof(T))
@@ -93,14 +91,6 @@ bool LibT_Buffer<T>::grow(unsigned long long nCount) noexcept
     const unsigned long long nNew_Size = nOld_Size + nCount * sizeof(T);
     Set_Size(nNew_Size);
     return Get_Size() == nNew_Size;
-}
-
-template <typename T>
-T& LibT_Buffer<T>::st_Spare_Element() noexcept
-{
-    alignas(T) static thread_local unsigned char aBytes[sizeof(T)];
-    std::memset(aBytes, 0, sizeof(T));
-    return *std::launder(reinterpret_cast<T*>(aBytes));
 }
 
 #endif

@@ -7,13 +7,14 @@
 #include <vector>
 
 /// Reads a command line against a list of declared parameters, and prints the help text for the same list.
-/// The list is passed as a count and that many pointers to Lib_Parser_Param, which stay the caller's. A null
+/// The list is passed as a count and that many pointers to Lib_Parser_Param, which stay the caller's. A
+/// pointer to a derived class is converted by the caller, since nothing converts it on the way. A null
 /// pointer in the list is passed over, and a count below 0 is an empty list.
 ///
 /// The command line is a sequence of flags' names and of pairs of another parameter's name and its value, in
 /// any order. Names match as a whole and without regard to case, by the runtime's locale; values are taken
-/// as typed, whatever they look like. Names in a list should differ in more than case: all parameters of one
-/// name get the value that is given.
+/// as typed, whatever they look like. Names in a list differ in more than case; where they don't, nothing
+/// hangs or overruns, but what such parameters receive is open.
 ///
 /// There is no state: any thread may call, as long as nobody else uses the parameters meanwhile. The only
 /// failures beyond the results below are those of the strings, std::bad_alloc.
@@ -35,7 +36,8 @@ public:
     /// A null argument counts as an empty text, a null vector as one without arguments.
     static bool Parse_Params(int nArguments, wchar_t** const ppArguments, int nParams, ...);
 
-    /// Writes to standard output how the program is called, and a line for each parameter.
+    /// Writes to standard output how the program is called, and a line for each parameter: UTF-8 on Linux,
+    /// what the runtime's locale can express on Windows.
     static void Print_Help(int nParams, ...);
 
 private:

@@ -179,3 +179,10 @@ void Lib_Buffer::init() noexcept
     m_nSize = 0;
     m_pData = nullptr;
 }
+
+void* Lib_Buffer::st_Spare_Bytes(unsigned long long nSize) noexcept
+{
+    alignas(__STDCPP_DEFAULT_NEW_ALIGNMENT__) static thread_local unsigned char aBytes[Max_Spare_Bytes];
+    std::memset(aBytes, 0, std::min(nSize, Max_Spare_Bytes));
+    return aBytes;
+}

@@ -3,6 +3,7 @@
 #include "lib_platform.h"
 #include "platform/runtime_text.h"
 
+#include <algorithm>
 #include <cstdarg>
 
 namespace
@@ -26,6 +27,25 @@ Lib_String lower_Case(Lib_String strText)
 {
     strText.Make_Lower();
     return strText;
+}
+
+/// The path of the process's executable. One that fills the buffer may have been cut, so that its last part
+/// isn't the program's name: it is asked for again with more room.
+Lib_String executable_Path()
+{
+    constexpr DWORD nLongest = 0x8000;
+    Lib_String strPath;
+    for (DWORD nSize = 260; nSize <= nLongest; nSize *= 2)
+    {
+        wchar_t* pPath = strPath.Get_Buffer(nSize - 1);
+        const DWORD nLength = GetModuleFileNameW(GetModuleHandleW(nullptr), pPath, nSize);
+        strPath.Release_Buffer(std::min(nLength, nSize - 1));
+        if (nLength < nSize)
+        {
+            break;
+        }
+    }
+    return strPath;
 }
 
 void write(const Lib_String& strText)
@@ -114,10 +134,8 @@ void Lib_Parser::Print_Help(int nParams, ...)
 /// The program's name and how its parameters are typed, three on a line.
 Lib_String Lib_Parser::make_Usage(const Params& Params_List)
 {
-    wchar_t aPath[260] = {};
-    GetModuleFileNameW(GetModuleHandleW(nullptr), aPath, 260);
     Lib_String strProgram;
-    get_Dll_Name_From_Path(aPath, strProgram);
+    get_Dll_Name_From_Path(executable_Path(), strProgram);
 
     Lib_String strUsage(L"Usage:\n");
     strUsage += strProgram;
