@@ -8,6 +8,7 @@
 #include <climits>
 #include <cstdarg>
 #include <cstdlib>
+#include <iterator>
 #include <memory>
 
 /// Ends an argument list, also when an exception leaves.
@@ -229,10 +230,13 @@ private:
         const long long nSize =
             std::max(m_nWidth, Fixed_Scratch + m_nPrecision) + (sizeof(Char) == 2 ? 1 : 0);
         const int nDecimals = static_cast<int>(std::min<long long>(m_nPrecision + Extra_Decimals, INT_MAX));
-        const auto pScratch = std::make_unique_for_overwrite<Char[]>(static_cast<std::size_t>(nSize));
-        print_Fixed(pScratch.get(), static_cast<std::size_t>(nSize), static_cast<int>(m_nWidth), nDecimals,
-                    dValue);
-        return characters::Length(pScratch.get());
+        Char local[512];
+        std::unique_ptr<Char[]> pBlock;
+        if (static_cast<std::size_t>(nSize) > std::size(local))
+            pBlock = std::make_unique_for_overwrite<Char[]>(static_cast<std::size_t>(nSize));
+        Char* pScratch = pBlock != nullptr ? pBlock.get() : local;
+        print_Fixed(pScratch, static_cast<std::size_t>(nSize), static_cast<int>(m_nWidth), nDecimals, dValue);
+        return characters::Length(pScratch);
     }
 
     static void print_Fixed(Char* pBuffer, std::size_t nSize, ...)
