@@ -28,7 +28,8 @@ BUILDS_ON = {
     "services": {"foundation", "strings"},
 }
 # The platform as the library sees it: for callers and library, and for the library alone.
-DOOR = {"include/lib_platform.h", "src/platform/runtime_text.h", "src/platform/white_space.h"}
+DOOR = {"include/lib_platform.h", "src/platform/c_locale_text.h", "src/platform/runtime_text.h",
+        "src/platform/white_space.h"}
 FREE = {"include/lib_api.h"}
 GENERATED = {"lib_version.h"}
 

@@ -24,7 +24,7 @@ public:
     Lib_Parser() {}
     Lib_Parser(const Lib_Parser&) {}
     Lib_Parser& operator=(const Lib_Parser&) { return *this; }
-    Lib_Parser& operator=(Lib_Parser&&) { return *this; }
+    Lib_Parser& operator=(Lib_Parser&&) noexcept { return *this; }
 
     /// Resets all parameters and then loads the values that are given; of several for one name the last
     /// counts. The first argument, the program's name, is not looked at.

@@ -7,8 +7,8 @@
 /// has no field of its own, and one built from a Lib_StringW shares its block.
 class LIB_API Lib_String : public Lib_StringW
 {
-    using Char = wchar_t;
-    using String = Lib_String;
+    using Lib_Char = wchar_t;
+    using Lib_Self = Lib_String;
 
 public:
     Lib_String() noexcept = default;
@@ -38,6 +38,11 @@ public:
         assign(pText);
         return *this;
     }
+    Lib_String& operator=(const char* pText)
+    {
+        assign(Lib_StringW(pText));
+        return *this;
+    }
     Lib_String& operator=(wchar_t ch)
     {
         assign(ch);
@@ -46,6 +51,7 @@ public:
 
     /// Replaces the text by string `nId` of a module's string table, of any length; null means the
     /// process's executable. 1 for a text, 0 for a missing or empty one, which leaves this string empty.
+    /// When std::bad_alloc leaves, the string has its old text or is empty.
     int Load_String(unsigned int nId, HINSTANCE hModule);
 
 #include "strings/string_concatenation.inl"

@@ -5,17 +5,18 @@
 #include "lib_platform.h"
 
 #include <atomic>
+#include <concepts>
 #include <cstdarg>
 #include <cstring>
 #include <type_traits>
 
 /// Text of 8-bit characters in the system's ANSI code page, reference-counted and copied on write. Copying
 /// costs one atomic increment. The twin of Lib_StringW with a block type of its own; what both have alike
-/// stands in string_core.inl and string_operations.inl.
+/// stands in the .inl files beside this one.
 class LIB_API Lib_StringA
 {
-    using Char = char;
-    using String = Lib_StringA;
+    using Lib_Char = char;
+    using Lib_Self = Lib_StringA;
 
 public:
     /// Empty, without an allocation.
@@ -43,7 +44,8 @@ public:
         return *this;
     }
 
-    /// Takes a text, which may lie in this string's own private block; null empties.
+    /// Takes a text, which may lie in this string's own block unless that is shared with other threads; null
+    /// empties.
     const Lib_StringA& operator=(const char* pText)
     {
         assign(pText);
@@ -81,6 +83,11 @@ public:
 
     /// The character at an index, as Get_At.
     char operator[](unsigned long long nIndex) const noexcept { return Get_At(nIndex); }
+    template <std::integral Index>
+    char operator[](Index nIndex) const noexcept // beats the subscript of the cast for every index type
+    {
+        return Get_At(static_cast<unsigned long long>(nIndex));
+    }
 
     /// Convert the text up to the first NUL in place between the ANSI and the OEM code page; detach.
     void ANSI_To_OEM();

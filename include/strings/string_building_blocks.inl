@@ -1,17 +1,19 @@
 // The building blocks of Lib_StringA and Lib_StringW for classes that derive from them. Included in the
-// protected section of either class. Lengths, counts and indexes are in characters.
+// protected section of either class. Lengths, counts and indexes are in characters. What is inline here is
+// on the paths of copying, appending and comparing, where a call into the module would double the cost; so
+// the layout of a block is part of what clients are compiled with.
 
 struct Empty_Data
 {
     Data m_Header;
-    Char m_chEnd;
+    Lib_Char m_chEnd;
 };
 
 /// The class's shared empty block: constant initial data, so strings work during any static
 /// initialisation. Its contents never change.
 static Empty_Data s_Empty;
 
-Char* m_pChars; ///< the text of the block; null reads as the shared empty block
+Lib_Char* m_pChars; ///< the text of the block; null reads as the shared empty block
 
 Data* get_Data() const noexcept
 {
@@ -19,22 +21,23 @@ Data* get_Data() const noexcept
 }
 
 /// The text for reading; never null.
-Char* get_Text() const noexcept { return m_pChars != nullptr ? m_pChars : &s_Empty.m_chEnd; }
+Lib_Char* get_Text() const noexcept { return m_pChars != nullptr ? m_pChars : &s_Empty.m_chEnd; }
 
 /// Takes the shared empty block and releases nothing.
 void init() noexcept { m_pChars = &s_Empty.m_chEnd; }
 
 /// Characters before the NUL; 0 for null.
-static unsigned long long safe_Strlen(const Char* pText) noexcept
+static unsigned long long safe_Strlen(const Lib_Char* pText) noexcept
 {
     if (pText == nullptr)
         return 0;
-    if constexpr (sizeof(Char) == 1)
-        return std::strlen(reinterpret_cast<const char*>(pText));
+    if constexpr (sizeof(Lib_Char) == 1)
+        return std::strlen(
+            reinterpret_cast<const char*>(pText)); // the cast is for the other width to compile
     else
         return measure_Text(pText);
 }
-static unsigned long long measure_Text(const Char* pText) noexcept;
+static unsigned long long measure_Text(const Lib_Char* pText) noexcept;
 
 /// The sum of two lengths; std::bad_alloc when it doesn't fit.
 static unsigned long long st_Add_Lengths(unsigned long long nLeft, unsigned long long nRight);
@@ -50,25 +53,29 @@ void alloc_Buffer(unsigned long long nLength);
 /// block that is large enough stays; otherwise it is released before the new one is allocated.
 void alloc_Before_Write(unsigned long long nLength);
 
+/// Moves the text to a new block of capacity `nCapacity`, no less than the text; the old block is released
+/// last.
+void move_To_Block(unsigned long long nCapacity);
+
 /// Makes a shared block private, with an exact copy of the text; the old block is released last.
 void copy_Before_Write();
 
 /// Replaces the text by `nLength` characters, which may lie in this string's own private block. Null is
 /// allowed with 0.
-void assign_Copy(unsigned long long nLength, const Char* pText);
+void assign_Copy(unsigned long long nLength, const Lib_Char* pText);
 
 /// Fills the fresh string `dest` with `nCount` characters from `nIndex` of this one and leaves room for
 /// `nExtra` more behind them, which the length counts already. dest's previous block isn't released.
-void alloc_Copy(String& dest, unsigned long long nCount, unsigned long long nIndex,
+void alloc_Copy(Lib_Self& dest, unsigned long long nCount, unsigned long long nIndex,
                 unsigned long long nExtra) const;
 
 /// Takes a new block with both texts; the previous block isn't released. Nothing happens when both are
 /// empty.
-void concat_Copy(unsigned long long nCount1, const Char* pText1, unsigned long long nCount2,
-                 const Char* pText2);
+void concat_Copy(unsigned long long nCount1, const Lib_Char* pText1, unsigned long long nCount2,
+                 const Lib_Char* pText2);
 
 /// Appends characters, which may lie in this string's own block.
-void concat_In_Place(unsigned long long nCount, const Char* pText)
+void concat_In_Place(unsigned long long nCount, const Lib_Char* pText)
 {
     Data* pBlock = get_Data();
     const unsigned long long nLength = pBlock->m_nLength;
@@ -79,29 +86,30 @@ void concat_In_Place(unsigned long long nCount, const Char* pText)
         concat_Elsewhere(nCount, pText);
         return;
     }
-    std::memmove(m_pChars + nLength, pText, nCount * sizeof(Char));
+    std::memmove(m_pChars + nLength, pText, nCount * sizeof(Lib_Char));
     pBlock->m_nLength = nLength + nCount;
     m_pChars[nLength + nCount] = 0;
 }
 
-/// The same for one character.
-void concat_Character_In_Place(Char ch)
+/// The same for one character: a loop that appends character by character takes three times as long through
+/// the general form.
+void concat_Character_In_Place(Lib_Char ch)
 {
     Data* pBlock = get_Data();
     const unsigned long long nLength = pBlock->m_nLength;
-    if (nLength == pBlock->m_nAlloc_Length || pBlock->Is_Shared())
+    if (nLength >= pBlock->m_nAlloc_Length || pBlock->Is_Shared())
     {
         concat_Elsewhere(1, &ch);
         return;
     }
     pBlock->m_nLength = nLength + 1;
-    Char* pEnd = m_pChars + nLength;
+    Lib_Char* pEnd = m_pChars + nLength;
     pEnd[0] = ch;
     pEnd[1] = 0;
 }
 
 /// The same by moving to a new block.
-void concat_Elsewhere(unsigned long long nCount, const Char* pText);
+void concat_Elsewhere(unsigned long long nCount, const Lib_Char* pText);
 
 /// Takes one holder from a block and frees it after the last; m_pChars stays as it is.
 void release(Data* pBlock) noexcept
@@ -114,13 +122,13 @@ void release() noexcept { Flush(); }
 /// The same for a block that isn't the shared empty one.
 void drop_Holder(Data* pBlock) noexcept
 {
-    if (pBlock->m_nRef_Count.fetch_sub(1) - 1 <= 0)
+    if (--pBlock->m_nRef_Count <= 0)
         free_Data(pBlock);
 }
 
 /// Shares the source's block, or copies the text up to its first NUL when the source is locked. For
 /// constructors: there is no previous block.
-void init_Copy(const String& source)
+void init_Copy(const Lib_Self& source)
 {
     Data* pBlock = source.get_Data();
     if (pBlock->m_nRef_Count.load(std::memory_order_acquire) < 0)
@@ -128,36 +136,37 @@ void init_Copy(const String& source)
         init_Text_Copy(source);
         return;
     }
-    pBlock->m_nRef_Count.fetch_add(1);
+    ++pBlock->m_nRef_Count;
     m_pChars = source.m_pChars;
 }
 
 /// Take a text up to its NUL, or one character whatever it is. For constructors as well.
-void init_Text_Copy(const String& source);
-void init_Text(const Char* pText);
-void init_Character(Char ch);
+void init_Text_Copy(const Lib_Self& source);
+void init_Text(const Lib_Char* pText);
+void init_Character(Lib_Char ch);
 
 /// The assignments' work.
-void assign(const String& source);
-void assign(const Char* pText);
-void assign(Char ch);
+void assign(const Lib_Self& source);
+void assign(const Lib_Char* pText);
+void assign(Lib_Char ch);
 
-/// String `nId` of a module's string table into a buffer of `nSize` units, ended with a NUL; the number of
-/// units, 0 for a missing string.
+/// String `nId` of a module's string table into a buffer of `nSize` units, at least one, ended with a NUL;
+/// the number of units, 0 for a missing string.
 int load_String(unsigned int nId, wchar_t* pBuffer, int nSize, HINSTANCE hModule) const;
 
-/// The bodies that several operations share.
-bool equals(const String& other) const noexcept
+// The bodies that several operations share.
+
+bool equals(const Lib_Self& other) const noexcept
 {
     const unsigned long long nLength = Get_Length();
     return m_pChars == other.m_pChars ||
            (nLength != 0 && nLength == other.Get_Length() &&
-            std::memcmp(m_pChars, other.m_pChars, nLength * sizeof(Char)) == 0) ||
+            std::memcmp(m_pChars, other.m_pChars, nLength * sizeof(Lib_Char)) == 0) ||
            equals_Up_To_NUL(other);
 }
-bool equals_Up_To_NUL(const String& other) const noexcept;
-bool equals(const Char* pText) const noexcept;
-void insert(int nIndex, const Char* pText, unsigned long long nCount);
+bool equals_Up_To_NUL(const Lib_Self& other) const noexcept;
+bool equals(const Lib_Char* pText) const noexcept;
+void insert(int nIndex, const Lib_Char* pText, unsigned long long nCount);
 template <class Matches>
 void trim_Front(Matches matches);
 template <class Matches>

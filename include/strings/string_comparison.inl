@@ -3,25 +3,25 @@
 // left one of two, and the virtual cast of the right one, so a derived class changes them by overriding
 // these; and they take over their order: an empty string comes after every other, null counts as empty.
 
-friend bool operator==(const String& left, const Char* pRight) { return left.Compare(pRight) == 0; }
-friend bool operator==(const Char* pLeft, const String& right) { return right.Compare(pLeft) == 0; }
+friend bool operator==(const Lib_Self& left, const Lib_Char* pRight) { return left.Compare(pRight) == 0; }
+friend bool operator==(const Lib_Char* pLeft, const Lib_Self& right) { return right.Compare(pLeft) == 0; }
 
-friend bool operator!=(const String& left, const String& right) { return left.Compare(right) != 0; }
-friend bool operator!=(const String& left, const Char* pRight) { return left.Compare(pRight) != 0; }
-friend bool operator!=(const Char* pLeft, const String& right) { return right.Compare(pLeft) != 0; }
+friend bool operator!=(const Lib_Self& left, const Lib_Self& right) { return left.Compare(right) != 0; }
+friend bool operator!=(const Lib_Self& left, const Lib_Char* pRight) { return left.Compare(pRight) != 0; }
+friend bool operator!=(const Lib_Char* pLeft, const Lib_Self& right) { return right.Compare(pLeft) != 0; }
 
-friend bool operator<(const String& left, const String& right) { return left.Compare(right) < 0; }
-friend bool operator<(const String& left, const Char* pRight) { return left.Compare(pRight) < 0; }
-friend bool operator<(const Char* pLeft, const String& right) { return right.Compare(pLeft) > 0; }
+friend bool operator<(const Lib_Self& left, const Lib_Self& right) { return left.Compare(right) < 0; }
+friend bool operator<(const Lib_Self& left, const Lib_Char* pRight) { return left.Compare(pRight) < 0; }
+friend bool operator<(const Lib_Char* pLeft, const Lib_Self& right) { return right.Compare(pLeft) > 0; }
 
-friend bool operator<=(const String& left, const String& right) { return left.Compare(right) < 1; }
-friend bool operator<=(const String& left, const Char* pRight) { return left.Compare(pRight) < 1; }
-friend bool operator<=(const Char* pLeft, const String& right) { return right.Compare(pLeft) >= 0; }
+friend bool operator<=(const Lib_Self& left, const Lib_Self& right) { return left.Compare(right) < 1; }
+friend bool operator<=(const Lib_Self& left, const Lib_Char* pRight) { return left.Compare(pRight) < 1; }
+friend bool operator<=(const Lib_Char* pLeft, const Lib_Self& right) { return right.Compare(pLeft) >= 0; }
 
-friend bool operator>(const String& left, const String& right) { return left.Compare(right) > 0; }
-friend bool operator>(const String& left, const Char* pRight) { return left.Compare(pRight) > 0; }
-friend bool operator>(const Char* pLeft, const String& right) { return right.Compare(pLeft) < 0; }
+friend bool operator>(const Lib_Self& left, const Lib_Self& right) { return left.Compare(right) > 0; }
+friend bool operator>(const Lib_Self& left, const Lib_Char* pRight) { return left.Compare(pRight) > 0; }
+friend bool operator>(const Lib_Char* pLeft, const Lib_Self& right) { return right.Compare(pLeft) < 0; }
 
-friend bool operator>=(const String& left, const String& right) { return left.Compare(right) >= 0; }
-friend bool operator>=(const String& left, const Char* pRight) { return left.Compare(pRight) >= 0; }
-friend bool operator>=(const Char* pLeft, const String& right) { return right.Compare(pLeft) < 1; }
+friend bool operator>=(const Lib_Self& left, const Lib_Self& right) { return left.Compare(right) >= 0; }
+friend bool operator>=(const Lib_Self& left, const Lib_Char* pRight) { return left.Compare(pRight) >= 0; }
+friend bool operator>=(const Lib_Char* pLeft, const Lib_Self& right) { return right.Compare(pLeft) < 1; }

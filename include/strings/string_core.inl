@@ -1,5 +1,5 @@
 // The core that Lib_StringA and Lib_StringW have alike: one block of text, shared until somebody writes.
-// Included in the body of either class, where Char is its character type and String the class itself.
+// Included in the body of either class, where Lib_Char is its character type and Lib_Self the class itself.
 //
 // A block is one allocation: the header below and, directly behind it, the text with its NUL. Blocks fit
 // exactly: a new one is as long as the text it must hold at that moment, so repeated appending copies each
@@ -20,13 +20,13 @@
 // Free_Extra, operator+= and every edit leave the string as it was; the assignments have given up the old
 // block by then and leave the string empty.
 
-struct Data
+struct alignas(16) Data // so that the text behind it begins where the machine's vectors like it
 {
     std::atomic<int> m_nRef_Count;
     unsigned long long m_nLength;       ///< characters in use, the NUL not counted
     unsigned long long m_nAlloc_Length; ///< characters the block can hold, the NUL not counted
 
-    Char* Get_Text() noexcept { return reinterpret_cast<Char*>(this + 1); }
+    Lib_Char* Get_Text() noexcept { return reinterpret_cast<Lib_Char*>(this + 1); }
     bool Is_Shared() const noexcept { return m_nRef_Count.load(std::memory_order_acquire) > 1; }
     bool Is_Locked() const noexcept { return m_nRef_Count.load(std::memory_order_acquire) < 0; }
 };
@@ -42,21 +42,26 @@ bool Is_Empty() const noexcept { return get_Data()->m_nLength == 0; }
 /// A writable buffer for at least `nLength` characters that begins with the present text, valid until the
 /// next operation that may replace the block. A private or locked block that is large enough is handed out
 /// as it is; otherwise the string moves to a new block of the larger of `nLength` and its text, and a lock
-/// ends. The length doesn't change: Release_Buffer sets it after writing.
-Char* Get_Buffer(unsigned long long nLength);
+/// ends. The length doesn't change: Release_Buffer sets it after writing, and is the next call on the string.
+/// A string without a block that is asked for 0 gives a place that holds only the NUL and isn't written to.
+Lib_Char* Get_Buffer(unsigned long long nLength);
 
 /// Get_Buffer, and the length becomes `nLength` with a NUL at its end; this also cuts a longer text.
-Char* Get_Buffer_Set_Length(unsigned long long nLength);
+Lib_Char* Get_Buffer_Set_Length(unsigned long long nLength);
 
 /// Ends direct writing: the length becomes `nLength`, or with all ones the number of characters before the
-/// first NUL. `nLength` must not exceed Get_Alloc_Length. A shared block is detached from, a lock stays.
+/// first NUL. A lock stays. `nLength` is taken on trust: it must not exceed the capacity, which is
+/// Get_Length() where the block is shared, since the string detaches first and a detached copy has no spare
+/// room. So what was written behind the old length is lost when the string was copied since Get_Buffer.
 void Release_Buffer(unsigned long long nLength = ~0ULL);
 
 /// Makes the block private and locks it: from then on copies of the string take copies of its text, and
-/// the pointer stays good until the string must grow. Nothing happens to a string without a block.
-Char* Lock_Buffer();
+/// the pointer stays good until the string must grow, Free_Extra gives room back, or the block is given up.
+/// A string without a block isn't locked, and the place that it gives isn't written to.
+Lib_Char* Lock_Buffer();
 
-/// Ends a lock. Call it only after Lock_Buffer on the same string.
+/// Ends a lock. Call it only after Lock_Buffer on the same string: it would falsify the count of a shared
+/// block.
 void Unlock_Buffer() noexcept;
 
 /// Moves the text to a block of its exact length unless it fits already; detaches, and ends a lock.

@@ -42,15 +42,15 @@ public:
 
 /// Cuts a text at a separator. `pList` receives a new list that the caller deletes, and the result is its
 /// count, at least 1; a null text gives null and 0. Only the first string can be empty: further separators
-/// in a row, and one at the end, produce nothing. Nothing is trimmed. When std::bad_alloc leaves, pList
-/// holds the list as far as it came.
+/// in a row, and one at the end, produce nothing. Nothing is trimmed. When std::bad_alloc (or
+/// std::length_error, for more strings than a vector holds) leaves, pList holds the list as far as it came.
 LIB_API unsigned long long Lib_Split_String(const wchar_t* pText, wchar_t chSeparator, Lib_Strings*& pList);
 
 /// Reads `key=value key=value`. `pTable` receives a new table that the caller deletes, and the result is
 /// its count; when there is no pair the result is 0 and pTable isn't written. A key is the last word
 /// without blanks before a `=`, trimmed; a value reaches to the blank before the next key and isn't
 /// trimmed, so it may contain blanks but no `=`. A `=` that has no text and blank before it takes back the
-/// key in progress.
+/// key in progress. std::bad_alloc and std::length_error leave pTable unwritten.
 LIB_API unsigned long long Lib_Parse_String(const wchar_t* pText, Lib_Strings_Table*& pTable);
 
 #endif

@@ -1,5 +1,5 @@
 // The operations that Lib_StringA and Lib_StringW have alike. Included in the public section of either
-// class, where Char is its character type and String the class itself.
+// class, where Lib_Char is its character type and Lib_Self the class itself.
 //
 // Positions are int, counted in characters from the front, -1 for not found. Left, Right, Mid, Remove,
 // Replace, Insert and Delete work on all Get_Length() characters; all others stop at the first NUL. Find,
@@ -11,62 +11,62 @@
 /// Order without regard to case, by the runtime's locale. In the "C" locale, where the runtime starts, A to
 /// Z fold to a to z and the result is the difference of the first two differing units. An empty string
 /// comes first.
-int CompareNoCase(const Char* pText) const;
+int CompareNoCase(const Lib_Char* pText) const;
 
 /// Order by the alphabet of the runtime's locale; -1, 0 or 1 unit by unit in the "C" locale, an empty
 /// string first.
-int Collate(const Char* pText) const;
+int Collate(const Lib_Char* pText) const;
 
 /// Order by the alphabet without regard to case; as CompareNoCase in the "C" locale.
-int CollateNoCase(const Char* pText) const;
+int CollateNoCase(const Lib_Char* pText) const;
 
 /// Whether both texts match up to and with their first NUL.
-bool operator==(const String& other) const noexcept { return equals(other); }
+bool operator==(const Lib_Self& other) const noexcept { return equals(other); }
 
 /// The same against a text. A template, so that `s == text` prefers the free operator, which goes through
 /// the virtual Compare.
 template <class Text>
-requires std::is_same_v<Text, Char>
+requires std::is_same_v<Text, Lib_Char>
 bool operator==(const Text* pText) const noexcept { return equals(pText); }
 
 /// The first `ch`, from nStart if given. A NUL finds the end of the text. -1 for an empty string, and when
 /// nStart isn't below the length.
-int Find(Char ch) const noexcept { return Find(ch, 0); }
-int Find(Char ch, int nStart) const noexcept;
+int Find(Lib_Char ch) const noexcept { return Find(ch, 0); }
+int Find(Lib_Char ch, int nStart) const noexcept;
 
 /// The first occurrence of a text, from nStart if given; -1 also when nStart is above the length. An empty
 /// text is found where the search starts, but never in an empty Lib_StringA.
-int Find(const Char* pText) const noexcept { return Find(pText, 0); }
-int Find(const Char* pText, int nStart) const noexcept;
+int Find(const Lib_Char* pText) const noexcept { return Find(pText, 0); }
+int Find(const Lib_Char* pText, int nStart) const noexcept;
 
 /// The first character that stands in the set.
-int Find_One_Of(const Char* pSet) const noexcept;
+int Find_One_Of(const Lib_Char* pSet) const noexcept;
 
 /// The last `ch`; a NUL finds the end of the text.
-int Reverse_Find(Char ch) const noexcept;
+int Reverse_Find(Lib_Char ch) const noexcept;
 
 /// Slices. One that covers the whole string shares its block, others have a block of their own.
-String Left(unsigned long long nCount) const;
-String Right(unsigned long long nCount) const;
+Lib_Self Left(unsigned long long nCount) const;
+Lib_Self Right(unsigned long long nCount) const;
 /// At most nCount characters from nFirst on, none when nFirst is above the length.
-String Mid(unsigned long long nFirst, unsigned long long nCount) const;
-String Mid(unsigned long long nFirst) const { return Mid(nFirst, ~0ULL); }
+Lib_Self Mid(unsigned long long nFirst, unsigned long long nCount) const;
+Lib_Self Mid(unsigned long long nFirst) const { return Mid(nFirst, ~0ULL); }
 
 /// The leading run of characters that all stand, or none of which stands, in the set.
-String Span_Including(const Char* pSet) const;
-String Span_Excluding(const Char* pSet) const;
+Lib_Self Span_Including(const Lib_Char* pSet) const;
+Lib_Self Span_Excluding(const Lib_Char* pSet) const;
 
 /// The character at an index, which must not exceed the length; the length itself reads the NUL.
-Char Get_At(unsigned long long nIndex) const noexcept { return get_Text()[nIndex]; }
+Lib_Char Get_At(unsigned long long nIndex) const noexcept { return get_Text()[nIndex]; }
 
 /// Detaches and stores a character; nIndex must be below the length, which stays.
-void Set_At(unsigned long long nIndex, Char ch);
+void Set_At(unsigned long long nIndex, Lib_Char ch);
 
 /// Insert before nIndex, which is clamped to the text. The result is the new length. The text must not lie
 /// in this string; an empty one changes nothing and doesn't detach. On failed allocation the old text
 /// stays.
-int Insert(int nIndex, Char ch);
-int Insert(int nIndex, const Char* pText);
+int Insert(int nIndex, Lib_Char ch);
+int Insert(int nIndex, const Lib_Char* pText);
 
 /// Deletes nCount characters at nIndex, of which a negative one counts as 0, and as many as there are when
 /// the text ends before. The result is the length that the string had before. Nothing happens, and nothing
@@ -75,17 +75,17 @@ int Delete(int nIndex, int nCount);
 
 /// Removes every `ch`, or every character in the range nIndex to nIndex + nCount, which may go beyond the
 /// end. The result is the number removed. Both always detach.
-int Remove(Char ch);
+int Remove(Lib_Char ch);
 int Remove(unsigned long long nIndex, unsigned long long nCount);
 
 /// Replaces every character; the result is their number. Detaches unless both are the same.
-int Replace(Char chOld, Char chNew);
+int Replace(Lib_Char chOld, Lib_Char chNew);
 
 /// Replaces every occurrence of a text from left to right, without looking at what was inserted; the
 /// result is their number. An empty pNew removes; an empty pOld, or no occurrence, changes nothing and
 /// doesn't detach. Embedded NULs divide the text: an occurrence never spans one. On failed allocation the
 /// old text stays.
-int Replace(const Char* pOld, const Char* pNew);
+int Replace(const Lib_Char* pOld, const Lib_Char* pNew);
 
 /// Trim white space: 0x09 to 0x0D, 0x20, 0x85, 0xA0 and what CT_CTYPE1 calls space above 0xFF. The units of
 /// a Lib_StringA are its bytes widened with their sign. Both always detach.
@@ -93,12 +93,12 @@ void TrimLeft();
 void TrimRight();
 
 /// Trim one character; always detach.
-void Trim_Left(Char ch);
-void Trim_Right(Char ch);
+void Trim_Left(Lib_Char ch);
+void Trim_Right(Lib_Char ch);
 
 /// Trim the characters of a set. A null set changes nothing; an empty one too, though Trim_Right detaches.
-void Trim_Left(const Char* pSet);
-void Trim_Right(const Char* pSet);
+void Trim_Left(const Lib_Char* pSet);
+void Trim_Right(const Lib_Char* pSet);
 
 /// Change the case up to the first NUL by the runtime's locale; reverse the units. All detach.
 void Make_Lower();
@@ -121,10 +121,13 @@ void Make_Reverse();
 ///
 /// The own width is meant by s and c, the other one by S and C, 8 bits by h and 16 by l before any of them;
 /// I64 marks 64-bit integers, F, L and N change nothing. A negative width by * counts as its absolute
-/// value, a negative precision as none. Behind a conversion that isn't in this list (a, ll, z, I32 ...) no
-/// further argument is looked at for the reserve, so the result may be cut there; it is never overrun.
+/// value, a negative precision as none. A conversion that isn't in this list takes no argument for the
+/// reserve; behind one that the formatter might read otherwise (a, ll, z, I32 ...) no further argument is
+/// looked at, so the result may be cut there. It is never overrun. `n` writes nothing on Linux; on Windows
+/// the runtime may write through its pointer, and gives an empty text for a format that it refuses and for
+/// 16-bit text that its locale can't express, where Linux prints the character and `?`.
 ///
 /// Neither the format, which must not be null, nor an argument may lie in this string; a null format gives
 /// an empty text. On failed allocation the old text stays. A lock stays while the block is large enough.
-void Format(const Char* pFormat, ...);
-void FormatV(const Char* pFormat, std::va_list arguments);
+void Format(const Lib_Char* pFormat, ...);
+void FormatV(const Lib_Char* pFormat, std::va_list arguments);

@@ -10,12 +10,12 @@
 #include <type_traits>
 
 /// Text of 16-bit units, reference-counted and copied on write. Copying costs one atomic increment. The
-/// twin of Lib_StringA with a block type of its own; what both have alike stands in string_core.inl and
-/// string_operations.inl. Interfaces pass text as Lib_String, which derives from this class.
+/// twin of Lib_StringA with a block type of its own; what both have alike stands in the .inl
+/// files beside this one. Interfaces pass text as Lib_String, which derives from this class.
 class LIB_API Lib_StringW
 {
-    using Char = wchar_t;
-    using String = Lib_StringW;
+    using Lib_Char = wchar_t;
+    using Lib_Self = Lib_StringW;
 
 public:
     /// Empty, without an allocation.
@@ -43,7 +43,8 @@ public:
         return *this;
     }
 
-    /// Takes a text, which may lie in this string's own private block; null empties.
+    /// Takes a text, which may lie in this string's own block unless that is shared with other threads; null
+    /// empties.
     const Lib_StringW& operator=(const wchar_t* pText)
     {
         assign(pText);

@@ -4,8 +4,8 @@
 #include "foundation/buffer.h"
 #include "strings/lib_string.h"
 
-// Values to text and back. None of these keeps state; std::bad_alloc can leave each that makes or converts a
-// string.
+// Values to text and back. What goes in must not lie in what comes out. None of these keeps state;
+// std::bad_alloc can leave each that makes or converts a string.
 
 /// Joins two path parts by one backslash and looks at neither; a null part prints as "(null)".
 LIB_API Lib_String Lib_Combine_Path(const wchar_t* pLeft, const wchar_t* pRight);
@@ -42,8 +42,9 @@ LIB_API void Lib_Write_Buffer(unsigned long long nSize, void* pData, Lib_String&
 /// count, and a token of one digit goes on in the next.
 LIB_API void Lib_Read_Buffer(const wchar_t* pText, Lib_Buffer& output, wchar_t chSeparator);
 
-/// UTF-8 to 16-bit text, `nSize` bytes without a terminator. Bad sequences become U+FFFD; a NUL in the data
-/// ends the text. False when the conversion fails, with an empty output.
+/// UTF-8 to 16-bit text, `nSize` bytes without a terminator. Of sizes in this and the next function the low
+/// 32 bits count; 0xFFFFFFFF means up to and with the NUL, other values from 2^31 on fail. Bad sequences
+/// become U+FFFD; a NUL in the data ends the text. False when the conversion fails, with an empty output.
 LIB_API bool Lib_UTF8_Buffer_To_WString(unsigned char* pData, unsigned long nSize, Lib_String& strOutput);
 
 /// 16-bit text of `nSize` units to UTF-8 without a terminator; an unpaired surrogate becomes U+FFFD. False
@@ -52,6 +53,7 @@ LIB_API bool Lib_WString_To_UTF8_Buffer(const wchar_t* pText, unsigned long nSiz
 
 /// 8-bit text from a buffer that may hold 8-bit or 16-bit text: a copy, or, when IsTextUnicode takes it for
 /// 16-bit text, that text up to its first NUL in the ANSI code page, one byte for each unit. No terminator.
+/// An empty buffer when that fails for want of memory or for the text's length.
 LIB_API Lib_Buffer convertWcharToChar(const Lib_Buffer& buffer);
 
 #endif

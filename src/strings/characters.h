@@ -10,16 +10,6 @@
 namespace characters
 {
 
-template <class Char>
-using Unsigned = std::make_unsigned_t<std::conditional_t<sizeof(Char) == 1, char, short>>;
-
-/// The unit as an unsigned value, by which texts are ordered.
-template <class Char>
-constexpr unsigned int Value(Char ch) noexcept
-{
-    return static_cast<Unsigned<Char>>(ch);
-}
-
 /// Copies to a place that may overlap. Null is allowed with a count of 0.
 template <class Char>
 void Move(Char* pTarget, const Char* pSource, std::size_t nCount) noexcept
@@ -90,15 +80,6 @@ std::size_t Run_Outside(const Char* pText, const Char* pSet) noexcept
     while (pText[nRun] != 0 && !Is_In(pText[nRun], pSet))
         ++nRun;
     return nRun;
-}
-
-/// -1, 0 or 1 by the first units that differ, as unsigned values, up to and with the first NUL.
-template <class Char>
-int Compare(const Char* pLeft, const Char* pRight) noexcept
-{
-    while (*pLeft == *pRight && *pLeft != 0)
-        ++pLeft, ++pRight;
-    return *pLeft == *pRight ? 0 : Value(*pLeft) < Value(*pRight) ? -1 : 1;
 }
 
 } // namespace characters

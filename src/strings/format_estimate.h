@@ -8,7 +8,6 @@
 #include <climits>
 #include <cstdarg>
 #include <cstdlib>
-#include <iterator>
 #include <memory>
 
 /// Ends an argument list, also when an exception leaves.
@@ -33,6 +32,9 @@ public:
     ~Format_Estimate() { va_end(m_Arguments); }
     Format_Estimate(const Format_Estimate&) = delete;
     Format_Estimate& operator=(const Format_Estimate&) = delete;
+
+    /// The largest buffer that the platform's formatters are sure to serve; what doesn't fit is cut.
+    static constexpr std::size_t Max_Capacity = INT_MAX;
 
     /// The characters to reserve, the NUL not counted. std::bad_alloc from the trial print of `f`.
     unsigned long long Compute()
@@ -179,13 +181,14 @@ private:
         }
     }
 
-    // A conversion that isn't known here reserves nothing. One of the formatter's letters may take an
-    // argument there; other characters never do.
+    // A conversion that isn't known here reserves nothing. Where a platform's formatter may take an argument
+    // for it all the same, no further argument is read.
     unsigned long long unknown_Item(Char chConversion) noexcept
     {
-        const bool bLetter = (chConversion | 0x20) >= 'a' && (chConversion | 0x20) <= 'z';
+        static constexpr Char Maybe_Known[] = {'a', 'A', 'h', 'I', 'j', 'l', 'q',
+                                               't', 'w', 'z', 'Z', '*', '.', 0};
         const bool bDigit = chConversion >= '0' && chConversion <= '9';
-        if (bLetter || bDigit || chConversion == '*' || chConversion == '.')
+        if (bDigit || m_Modifier == Modifier::Bits64 || characters::Is_In(chConversion, Maybe_Known))
             m_bReadable = false;
         return 0;
     }
@@ -230,13 +233,10 @@ private:
         const long long nSize =
             std::max(m_nWidth, Fixed_Scratch + m_nPrecision) + (sizeof(Char) == 2 ? 1 : 0);
         const int nDecimals = static_cast<int>(std::min<long long>(m_nPrecision + Extra_Decimals, INT_MAX));
-        Char local[512];
-        std::unique_ptr<Char[]> pBlock;
-        if (static_cast<std::size_t>(nSize) > std::size(local))
-            pBlock = std::make_unique_for_overwrite<Char[]>(static_cast<std::size_t>(nSize));
-        Char* pScratch = pBlock != nullptr ? pBlock.get() : local;
-        print_Fixed(pScratch, static_cast<std::size_t>(nSize), static_cast<int>(m_nWidth), nDecimals, dValue);
-        return characters::Length(pScratch);
+        const auto pScratch = std::make_unique_for_overwrite<Char[]>(static_cast<std::size_t>(nSize));
+        print_Fixed(pScratch.get(), std::min(static_cast<std::size_t>(nSize), Max_Capacity),
+                    static_cast<int>(m_nWidth), nDecimals, dValue);
+        return characters::Length(pScratch.get());
     }
 
     static void print_Fixed(Char* pBuffer, std::size_t nSize, ...)

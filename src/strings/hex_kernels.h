@@ -3,7 +3,8 @@
 
 #include <cstddef>
 
-// The loops of the hex text form, written so that the compiler turns them into vectors.
+// The loops of the hex text form, written so that the compiler turns them into vectors. Bytes and text must
+// not overlap.
 
 namespace hex
 {

@@ -99,7 +99,7 @@ void read_Separated(const wchar_t* pText, std::size_t nLength, Lib_Buffer& outpu
         }
         if (boundaries.Is_Boundary(i))
         {
-            pBytes[nStored++] = nPending != 0 ? read_Group(pending, nPending) : 0;
+            pBytes[nStored++] = read_Group(pending, nPending);
             nPending = 0;
         }
         boundaries.Pass_Separator(i);

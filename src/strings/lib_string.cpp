@@ -22,13 +22,14 @@ int Lib_String::Load_String(unsigned int nId, HINSTANCE hModule)
         assign(local);
         return nLength > 0;
     }
-    int nSize = nStep;
-    do
+    for (int nSize = 2 * nStep;; nSize += nStep)
     {
-        nSize += nStep;
         wchar_t* pBuffer = Get_Buffer(static_cast<unsigned long long>(nSize) - 1);
         nLength = load_String(nId, pBuffer, nSize, hModule);
-    } while (!is_Whole(nLength, nSize));
+        if (is_Whole(nLength, nSize))
+            break;
+        set_Length(0); // the string stays sound if the next step finds no memory
+    }
     Release_Buffer();
     return nLength > 0;
 }

@@ -56,10 +56,10 @@ struct Vector
 #else
 
 template <class Char>
-std::size_t find_Character(const Char* pText, std::size_t, Char ch) noexcept
+std::size_t find_Character(const Char* pText, std::size_t nLength, Char ch) noexcept
 {
     std::size_t i = 0;
-    while (pText[i] != ch && pText[i] != 0)
+    while (i < nLength && pText[i] != ch && pText[i] != 0)
         ++i;
     return pText[i] == ch ? i : scan::None;
 }

@@ -9,7 +9,8 @@ inline std::size_t first_Lane(unsigned int nBits) noexcept
     return static_cast<std::size_t>(__builtin_ctz(nBits)) / sizeof(Char);
 }
 
-// Hits are `ch` and the NUL, of which one is certain: the text ends with a NUL.
+// Hits are `ch` and the NUL. One is certain, since the text ends with a NUL; the search ends at nLength all
+// the same.
 template <class Char>
 std::size_t find_Character(const Char* pText, std::size_t nLength, Char ch) noexcept
 {
@@ -18,7 +19,7 @@ std::size_t find_Character(const Char* pText, std::size_t nLength, Char ch) noex
     std::size_t i = 0;
     if (nReadable < V::Lanes)
     {
-        while (pText[i] != ch && pText[i] != 0)
+        while (i < nLength && pText[i] != ch && pText[i] != 0)
             ++i;
         return pText[i] == ch ? i : scan::None;
     }
@@ -34,13 +35,16 @@ std::size_t find_Character(const Char* pText, std::size_t nLength, Char ch) noex
         if (V::Hits(V::Merge(front, back)) != 0)
             break;
     }
-    for (i = std::min(i, nReadable - V::Lanes);; i = std::min(i + V::Lanes, nReadable - V::Lanes))
+    const std::size_t nLast = nReadable - V::Lanes;
+    for (i = std::min(i, nLast);; i = std::min(i + V::Lanes, nLast))
     {
-        const unsigned int nBits = V::Hits(marks(i));
-        if (nBits == 0)
-            continue;
-        i += first_Lane<Char>(nBits);
-        return pText[i] == ch ? i : scan::None;
+        if (const unsigned int nBits = V::Hits(marks(i)))
+        {
+            i += first_Lane<Char>(nBits);
+            return pText[i] == ch ? i : scan::None;
+        }
+        if (i == nLast)
+            return scan::None;
     }
 }
 

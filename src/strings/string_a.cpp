@@ -1,5 +1,6 @@
 #include "strings/string_a.h"
 
+#include "platform/c_locale_text.h"
 #include "platform/runtime_text.h"
 #include "platform/white_space.h"
 #include "strings/characters.h"
@@ -22,7 +23,8 @@ constexpr bool bEmpty_Finds_Empty = false;
 
 void print_Bounded(char* pBuffer, std::size_t nSize, const char* pFormat, std::va_list arguments)
 {
-    _vsnprintf_s(pBuffer, nSize, _TRUNCATE, pFormat, arguments);
+    _vsnprintf_s(pBuffer, std::min(nSize, Format_Estimate<Char>::Max_Capacity), _TRUNCATE, pFormat,
+                 arguments);
 }
 
 } // namespace

@@ -40,15 +40,20 @@ void String::alloc_Before_Write(unsigned long long nLength)
     alloc_Buffer(nLength);
 }
 
-void String::copy_Before_Write()
+void String::move_To_Block(unsigned long long nCapacity)
 {
     Data* pOld = get_Data();
-    if (!pOld->Is_Shared())
-        return;
     const Char* pText = m_pChars;
-    alloc_Buffer(pOld->m_nLength);
+    alloc_Buffer(nCapacity);
     characters::Copy(m_pChars, pText, pOld->m_nLength);
+    set_Length(pOld->m_nLength);
     release(pOld);
+}
+
+void String::copy_Before_Write()
+{
+    if (get_Data()->Is_Shared())
+        move_To_Block(Get_Length());
 }
 
 // The shared empty block already has what a length of 0 would store, and must not be written by several
@@ -148,15 +153,10 @@ void String::assign(Char ch)
 
 Char* String::Get_Buffer(unsigned long long nLength)
 {
-    Data* pOld = get_Data();
-    if (!pOld->Is_Shared() && nLength <= pOld->m_nAlloc_Length)
-        return pOld->Get_Text();
-    const Char* pText = m_pChars;
-    alloc_Buffer(std::max(nLength, pOld->m_nLength));
-    characters::Copy(m_pChars, pText, pOld->m_nLength);
-    set_Length(pOld->m_nLength);
-    release(pOld);
-    return m_pChars;
+    const Data* pBlock = get_Data();
+    if (pBlock->Is_Shared() || nLength > pBlock->m_nAlloc_Length)
+        move_To_Block(std::max(nLength, pBlock->m_nLength));
+    return get_Text();
 }
 
 Char* String::Get_Buffer_Set_Length(unsigned long long nLength)
@@ -190,13 +190,8 @@ void String::Unlock_Buffer() noexcept
 
 void String::Free_Extra()
 {
-    Data* pOld = get_Data();
-    if (pOld->m_nLength == pOld->m_nAlloc_Length)
-        return;
-    const Char* pText = m_pChars;
-    alloc_Buffer(pOld->m_nLength);
-    characters::Copy(m_pChars, pText, pOld->m_nLength);
-    release(pOld);
+    if (Get_Length() != Get_Alloc_Length())
+        move_To_Block(Get_Length());
 }
 
 void String::Empty() noexcept

@@ -35,7 +35,7 @@ void String::insert(int nIndex, const Char* pText, unsigned long long nCount)
         characters::Copy(m_pChars, pOld_Text, nAt);
     }
     characters::Move(m_pChars + nAt + nCount, pOld_Text + nAt, nOld - nAt);
-    characters::Copy(m_pChars + nAt, pText, nCount);
+    characters::Move(m_pChars + nAt, pText, nCount);
     set_Length(nNew);
     if (get_Data() != pOld)
         release(pOld);
@@ -225,7 +225,7 @@ void String::trim_Back(Matches matches)
 {
     copy_Before_Write();
     const Char* pText = get_Text();
-    const unsigned long long nEnd = scan::Find_Character(pText, Get_Length(), Char(0));
+    const unsigned long long nEnd = first_Nul(pText, Get_Length());
     unsigned long long nLeft = nEnd;
     while (nLeft != 0 && matches(pText[nLeft - 1]))
         --nLeft;
@@ -269,19 +269,19 @@ void String::Make_Lower()
 {
     copy_Before_Write();
     if (!Is_Empty())
-        qn_runtime::Make_Lower(m_pChars, scan::Find_Character(m_pChars, Get_Length(), Char(0)));
+        qn_runtime::Make_Lower(m_pChars, first_Nul(m_pChars, Get_Length()));
 }
 
 void String::Make_Upper()
 {
     copy_Before_Write();
     if (!Is_Empty())
-        qn_runtime::Make_Upper(m_pChars, scan::Find_Character(m_pChars, Get_Length(), Char(0)));
+        qn_runtime::Make_Upper(m_pChars, first_Nul(m_pChars, Get_Length()));
 }
 
 void String::Make_Reverse()
 {
     copy_Before_Write();
     if (!Is_Empty())
-        std::reverse(m_pChars, m_pChars + scan::Find_Character(m_pChars, Get_Length(), Char(0)));
+        std::reverse(m_pChars, m_pChars + first_Nul(m_pChars, Get_Length()));
 }

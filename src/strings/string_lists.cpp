@@ -35,7 +35,7 @@ struct Slice
     }
 };
 
-/// A string that takes its text from a slice.
+/// A Lib_String that takes its text from a slice.
 class Slice_String final : public Lib_String
 {
 public:
@@ -125,11 +125,10 @@ private:
     std::vector<Pair> m_Pairs;
 };
 
-// The end of the token that begins at pFrom: the next separator or the end of the text.
-const wchar_t* find_Token_End(const wchar_t* pFrom, const wchar_t* pEnd, wchar_t chSeparator) noexcept
+// The next `=`, or the end of the text.
+const wchar_t* find_Equals(const wchar_t* pFrom, const wchar_t* pEnd) noexcept
 {
-    const std::size_t nLength = static_cast<std::size_t>(pEnd - pFrom);
-    const std::size_t nFound = chSeparator != 0 ? scan::Find_Character(pFrom, nLength, chSeparator) : nLength;
+    const std::size_t nFound = scan::Find_Character(pFrom, static_cast<std::size_t>(pEnd - pFrom), L'=');
     return nFound != scan::None ? pFrom + nFound : pEnd;
 }
 
@@ -146,12 +145,12 @@ const wchar_t* last_Blank(const Slice& slice) noexcept
 void read_Pairs(const wchar_t* pText, Lib_Strings_Table_Real& table)
 {
     const wchar_t* pEnd = pText + characters::Length(pText);
-    const wchar_t* pEquals = find_Token_End(pText, pEnd, L'=');
+    const wchar_t* pEquals = find_Equals(pText, pEnd);
     if (pEquals == pEnd)
         return;
     Slice key{pText, pEquals};
     Slice value{pEquals + 1, pEquals + 1};
-    while ((value.m_pEnd = find_Token_End(value.m_pBegin, pEnd, L'=')) != pEnd)
+    while ((value.m_pEnd = find_Equals(value.m_pBegin, pEnd)) != pEnd)
     {
         const wchar_t* pBlank = last_Blank(value);
         if (pBlank != nullptr && pBlank != value.m_pBegin)
@@ -167,6 +166,16 @@ void read_Pairs(const wchar_t* pText, Lib_Strings_Table_Real& table)
         table.Add(key, value);
 }
 
+// The first token, and one at each unit that follows a separator without being one.
+std::size_t count_Tokens(const wchar_t* pText, wchar_t chSeparator) noexcept
+{
+    std::size_t nTokens = 1;
+    if (*pText != 0)
+        for (const wchar_t* pAt = pText + 1; *pAt != 0; ++pAt)
+            nTokens += pAt[-1] == chSeparator && *pAt != chSeparator;
+    return nTokens;
+}
+
 } // namespace
 
 unsigned long long Lib_Split_String(const wchar_t* pText, wchar_t chSeparator, Lib_Strings*& pList)
@@ -176,20 +185,22 @@ unsigned long long Lib_Split_String(const wchar_t* pText, wchar_t chSeparator, L
         return 0;
     auto* pStrings = new Lib_Strings_Rel;
     pList = pStrings;
-    std::size_t nSeparators = 0;
-    const wchar_t* pEnd = pText;
-    for (; *pEnd != 0; ++pEnd)
-        nSeparators += *pEnd == chSeparator;
-    pStrings->Reserve(nSeparators + 1);
-
+    pStrings->Reserve(count_Tokens(pText, chSeparator));
     // The first token exists even without characters; later ones begin at a unit that is no separator.
     const wchar_t* pStart = pText;
-    do
+    const wchar_t* pAt = pText;
+    for (; *pAt != 0; ++pAt)
     {
-        const wchar_t* pToken_End = find_Token_End(pStart, pEnd, chSeparator);
-        pStrings->Add({pStart, pToken_End});
-        pStart = std::find_if(pToken_End, pEnd, [=](wchar_t ch) { return ch != chSeparator; });
-    } while (pStart != pEnd);
+        if (*pAt != chSeparator)
+            pStart = pStart != nullptr ? pStart : pAt;
+        else if (pStart != nullptr)
+        {
+            pStrings->Add({pStart, pAt});
+            pStart = nullptr;
+        }
+    }
+    if (pStart != nullptr)
+        pStrings->Add({pStart, pAt});
     return pStrings->Get_Num_Elements();
 }
 

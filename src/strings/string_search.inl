@@ -11,6 +11,14 @@ const Char* text_Or_Empty(const Char* pText) noexcept
     return pText != nullptr ? pText : &chEnd;
 }
 
+// Characters before the first NUL, which stands at the text's length or before. While a caller writes into
+// the buffer, the length may be too small.
+std::size_t first_Nul(const Char* pText, std::size_t nLength) noexcept
+{
+    const std::size_t nFound = scan::Find_Character(pText, nLength, Char(0));
+    return nFound != scan::None ? nFound : nLength + characters::Length(pText + nLength);
+}
+
 int position_Or_None(std::size_t nPosition) noexcept
 {
     return nPosition == scan::None ? -1 : static_cast<int>(nPosition);
@@ -25,18 +33,18 @@ int String::Compare(const Char* pText) const
         return bEmpty ? 0 : -1;
     if (bEmpty)
         return 1;
-    return characters::Compare(m_pChars, pText);
+    return qn_runtime::Compare_C(m_pChars, pText);
 }
 
 bool String::equals(const Char* pText) const noexcept
 {
-    return characters::Compare(get_Text(), text_Or_Empty(pText)) == 0;
+    return qn_runtime::Compare_C(get_Text(), text_Or_Empty(pText)) == 0;
 }
 
 // Texts that differ in length or content may still end at an embedded NUL before they differ.
 bool String::equals_Up_To_NUL(const String& other) const noexcept
 {
-    return characters::Compare(get_Text(), other.get_Text()) == 0;
+    return qn_runtime::Compare_C(get_Text(), other.get_Text()) == 0;
 }
 
 int String::CompareNoCase(const Char* pText) const
@@ -81,7 +89,7 @@ int String::Find_One_Of(const Char* pSet) const noexcept
 int String::Reverse_Find(Char ch) const noexcept
 {
     const Char* pText = get_Text();
-    std::size_t nPosition = scan::Find_Character(pText, Get_Length(), Char(0));
+    std::size_t nPosition = first_Nul(pText, Get_Length());
     while (pText[nPosition] != ch)
         if (nPosition-- == 0)
             return -1;

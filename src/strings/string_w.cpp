@@ -1,5 +1,6 @@
 #include "strings/string_w.h"
 
+#include "platform/c_locale_text.h"
 #include "platform/runtime_text.h"
 #include "platform/white_space.h"
 #include "strings/characters.h"
@@ -22,7 +23,8 @@ constexpr bool bEmpty_Finds_Empty = true;
 
 void print_Bounded(wchar_t* pBuffer, std::size_t nSize, const wchar_t* pFormat, std::va_list arguments)
 {
-    _vsnwprintf_s(pBuffer, nSize, _TRUNCATE, pFormat, arguments);
+    _vsnwprintf_s(pBuffer, std::min(nSize, Format_Estimate<Char>::Max_Capacity), _TRUNCATE, pFormat,
+                  arguments);
 }
 
 } // namespace

@@ -74,8 +74,8 @@ unsigned long long length_Of(const wchar_t* pUnits, int nUnits, const char* pByt
     return scan::Find_Character(pUnits, nLength, L'\0');
 }
 
-// Ends the output at once for a conversion by the platform: the text in the present block where that has the
-// room and else in one that fits exactly.
+// Gives the output the converted text: into its present block if that has the room, else in a block that fits
+// exactly.
 void take_Text(Lib_String& strOutput, Lib_String& strText)
 {
     if (strText.Get_Length() <= strOutput.Get_Alloc_Length())
@@ -89,12 +89,14 @@ void take_Text(Lib_String& strOutput, Lib_String& strText)
 
 } // namespace
 
-// One conversion into room for the most units that the bytes can give, one for each byte; -1, which means a
-// text up to its NUL to the platform, is measured by the platform first.
+// One conversion, at the price of room for the most units that the bytes can give, one for each byte; -1,
+// which means a text up to its NUL to the platform, is measured by the platform first.
 bool Lib_UTF8_Buffer_To_WString(unsigned char* pData, unsigned long nSize, Lib_String& strOutput)
 {
     strOutput.Empty();
     const int nBytes = static_cast<int>(static_cast<unsigned int>(nSize));
+    if (nBytes < -1)
+        return false;
     if (nBytes == 0)
     {
         strOutput.Flush();
@@ -119,6 +121,8 @@ bool Lib_WString_To_UTF8_Buffer(const wchar_t* pText, unsigned long nSize, Lib_B
 {
     output.Flush();
     const int nUnits = static_cast<int>(static_cast<unsigned int>(nSize));
+    if (nUnits < -1)
+        return false;
     if (nUnits == 0)
         return true;
     // A short text goes through room for the most bytes that its units can give, and is converted once.

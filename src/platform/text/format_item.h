@@ -28,6 +28,8 @@ private:
     std::va_list m_List;
 };
 
+struct Runtime_Locale;
+
 enum class Format_Size : unsigned char
 {
     natural, ///< no modifier, or one without effect: `F`, `L` and `N`
@@ -40,6 +42,7 @@ enum class Format_Size : unsigned char
 
 struct Format_Item
 {
+    const Runtime_Locale* m_pLocale = nullptr; ///< the one in force when the formatter began
     long long m_nWidth = 0;
     long long m_nPrecision = -1; ///< -1: none given
     Format_Size m_Size = Format_Size::natural;

@@ -241,11 +241,11 @@ void Print_Not_Finite(Bounded_Output<Char>& output, Format_Item item, double val
 }
 
 template <class Char>
-void Put_Float_Text(Bounded_Output<Char>& output, const Float_Text& text)
+void Put_Float_Text(Bounded_Output<Char>& output, const Float_Text& text, const Runtime_Locale& locale)
 {
     output.Copy(text.m_Chars, text.m_nInteger);
     if (text.m_bPoint)
-        output.Put(To_Decimal_Point<Char>(Get_Runtime_Locale()));
+        output.Put(To_Decimal_Point<Char>(locale));
     output.Copy(text.m_Chars + text.m_nFraction_Start, text.m_nFraction);
     output.Fill(static_cast<Char>('0'), text.m_nZeros);
     output.Copy(text.m_Chars + text.m_nFraction_Start + text.m_nFraction, text.m_nExponent);
@@ -272,7 +272,7 @@ void Print_Float(Bounded_Output<Char>& output, const Format_Item& item, char con
     output.Copy(prefix.m_Chars, prefix.m_nLength);
     if (!item.m_bLeft && item.m_bZero)
         output.Fill(static_cast<Char>('0'), padding);
-    Put_Float_Text(output, text);
+    Put_Float_Text(output, text, *item.m_pLocale);
     if (item.m_bLeft)
         output.Fill(static_cast<Char>(' '), padding);
 }
@@ -338,6 +338,7 @@ void Print_Item(Bounded_Output<Char>& output, const Format_Item& item, Char conv
 template <class Char>
 void Print_Format(Bounded_Output<Char>& output, const Char* format, Argument_List& arguments)
 {
+    const Runtime_Locale& locale = Get_Runtime_Locale();
     while (!output.Is_Cut())
     {
         const Char* percent = Find_Percent(format);
@@ -345,6 +346,7 @@ void Print_Format(Bounded_Output<Char>& output, const Char* format, Argument_Lis
         if (*percent == 0)
             return;
         Format_Item item;
+        item.m_pLocale = &locale;
         const Char* conversion = Read_Format_Item(percent + 1, arguments, item);
         if (*conversion == 0)
             return;

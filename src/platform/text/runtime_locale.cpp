@@ -1,6 +1,7 @@
 #include "platform/text/runtime_locale.h"
 
 #include "lib_platform.h"
+#include "platform/c_locale_text.h"
 
 #include <algorithm>
 #include <array>
@@ -41,6 +42,10 @@ struct Category
 /// What the runtime's locale consists of.
 constexpr std::array<Category, 3> CATEGORIES{
     {{"LC_COLLATE", LC_COLLATE_MASK}, {"LC_CTYPE", LC_CTYPE_MASK}, {"LC_NUMERIC", LC_NUMERIC_MASK}}};
+
+/// Where the categories stand that are asked for one by one.
+constexpr std::size_t COLLATION = 0;
+constexpr std::size_t CASE = 1;
 
 using Category_Names = std::array<std::string, CATEGORIES.size()>;
 
@@ -190,6 +195,8 @@ const Runtime_Locale* add_Locale(const std::string& name, const Category_Names& 
     if (locale->m_Host == nullptr)
         return nullptr;
     locale->m_cDecimal_Point = get_Decimal_Point(locale->m_Host);
+    locale->m_bC_Collation = is_C_Name(names[COLLATION]);
+    locale->m_bC_Case = is_C_Name(names[CASE]);
     locale->m_pName = text.release();
     locale->m_pNext = g_pLocales;
     fill_Byte_Tables(*locale);
@@ -239,9 +246,15 @@ wchar_t fold_Unit(wchar_t unit, wint_t (*fold)(wint_t, locale_t), locale_t host)
 
 constinit std::atomic<const Runtime_Locale*> g_pRuntime_Locale{&g_C_Locale};
 
-wchar_t Runtime_Locale::Lower(wchar_t unit) const { return fold_Unit(unit, towlower_l, m_Host); }
+wchar_t Runtime_Locale::Lower(wchar_t unit) const
+{
+    return m_bC_Case ? qn_runtime::Swap_Case<wchar_t, 'A'>(unit) : fold_Unit(unit, towlower_l, m_Host);
+}
 
-wchar_t Runtime_Locale::Upper(wchar_t unit) const { return fold_Unit(unit, towupper_l, m_Host); }
+wchar_t Runtime_Locale::Upper(wchar_t unit) const
+{
+    return m_bC_Case ? qn_runtime::Swap_Case<wchar_t, 'a'>(unit) : fold_Unit(unit, towupper_l, m_Host);
+}
 
 wchar_t* _wsetlocale(int category, const wchar_t* name)
 {

@@ -18,14 +18,14 @@ struct Runtime_Locale
     char Lower(char byte) const { return m_Lower_Bytes[static_cast<unsigned char>(byte)]; }
     char Upper(char byte) const { return m_Upper_Bytes[static_cast<unsigned char>(byte)]; }
 
-    bool Is_C() const { return m_Host == nullptr; }
-
     locale_t m_Host = nullptr; ///< the host's UTF-8 locale; null for "C", which needs no help
     wchar_t m_cDecimal_Point = L'.';
     wchar_t* m_pName = nullptr;
     const Runtime_Locale* m_pNext = nullptr;
     char m_Lower_Bytes[256]{}; ///< not used by "C"
     char m_Upper_Bytes[256]{};
+    bool m_bC_Case = true;      ///< only A to Z have a case
+    bool m_bC_Collation = true; ///< the order is that of the units
 };
 
 extern std::atomic<const Runtime_Locale*> g_pRuntime_Locale;

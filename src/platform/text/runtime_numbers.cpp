@@ -28,8 +28,8 @@ int get_Digit(wchar_t unit)
     return unit < 0x80 && letter >= 0 && letter < 26 ? letter + 10 : 36;
 }
 
-/// Reads the prefix of a base and answers where the digits begin. "0x" needs no digit behind it: without
-/// one the number is the 0 in front of the x, which is the same value.
+/// Reads the prefix of a base and answers where the digits begin. An 0x without a hex digit behind it is no
+/// prefix, but the number 0.
 const wchar_t* read_Base(const wchar_t* text, int& base)
 {
     const bool hex_prefix = text[0] == '0' && (text[1] | 0x20) == 'x' && get_Digit(text[2]) < 16;

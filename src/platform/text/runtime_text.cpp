@@ -109,28 +109,28 @@ template <class Char>
 int compare_No_Case(const Char* left, const Char* right)
 {
     const Runtime_Locale& locale = Get_Runtime_Locale();
-    return locale.Is_C() ? Compare_C_No_Case(left, right) : compare_Folded(left, right, locale);
+    return locale.m_bC_Case ? Compare_C_No_Case(left, right) : compare_Folded(left, right, locale);
 }
 
 template <class Char>
 int collate(const Char* left, const Char* right)
 {
     const Runtime_Locale& locale = Get_Runtime_Locale();
-    return locale.Is_C() ? Compare_C(left, right) : collate(left, right, locale, false);
+    return locale.m_bC_Collation ? Compare_C(left, right) : collate(left, right, locale, false);
 }
 
 template <class Char>
 int collate_No_Case(const Char* left, const Char* right)
 {
     const Runtime_Locale& locale = Get_Runtime_Locale();
-    return locale.Is_C() ? Compare_C_No_Case(left, right) : collate(left, right, locale, true);
+    return locale.m_bC_Collation ? compare_No_Case(left, right) : collate(left, right, locale, true);
 }
 
 template <class Char>
 void make_Lower(Char* text, std::size_t length)
 {
     const Runtime_Locale& locale = Get_Runtime_Locale();
-    if (locale.Is_C())
+    if (locale.m_bC_Case)
         return Change_C_Case<Char, 'A'>(text, length);
     for (Char* const end = text + length; text != end; ++text)
         *text = locale.Lower(*text);
@@ -140,7 +140,7 @@ template <class Char>
 void make_Upper(Char* text, std::size_t length)
 {
     const Runtime_Locale& locale = Get_Runtime_Locale();
-    if (locale.Is_C())
+    if (locale.m_bC_Case)
         return Change_C_Case<Char, 'a'>(text, length);
     for (Char* const end = text + length; text != end; ++text)
         *text = locale.Upper(*text);
