@@ -1,6 +1,6 @@
 // Copying, constructing and appending.
 
-#include <lib_strings.h> // before GLib, whose TRUE and FALSE are macros
+#include <lib_strings.h>
 
 #include "peers.h"
 #include "row.h"

@@ -1,6 +1,6 @@
 // UTF-8 to 16-bit text and back, and bytes to hex text and back.
 
-#include <lib_strings.h> // before GLib, whose TRUE and FALSE are macros
+#include <lib_strings.h>
 
 #include "peers.h"
 #include "row.h"

@@ -1,6 +1,6 @@
 // Replacing, trimming, upper case and splitting. Edits work on a copy of a text that stays as it is.
 
-#include <lib_strings.h> // before GLib, whose TRUE and FALSE are macros
+#include <lib_strings.h>
 
 #include "peers.h"
 #include "row.h"

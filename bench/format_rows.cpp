@@ -1,13 +1,14 @@
 // Formatting a line with a text, integers of both bases and a number with decimals.
 
-#include <lib_strings.h> // before GLib, whose TRUE and FALSE are macros
+#include <lib_strings.h>
 
 #include "peers.h"
 #include "row.h"
 #include "texts.h"
 
-#include <charconv>
 #include <cstdio>
+#include <iomanip>
+#include <sstream>
 
 namespace
 {
@@ -32,20 +33,13 @@ std::string printed(const Line<char>& line)
     return std::string(text, static_cast<std::size_t>(nLength));
 }
 
-// The same by the functions of <charconv>, put together by hand.
-std::string put_Together(const Line<char>& line)
+std::string streamed(const Line<char>& line)
 {
-    std::string strText = line.m_strName;
-    char digits[64];
-    const auto append = [&](const char* pBefore, std::to_chars_result end)
-    { strText.append(pBefore).append(digits, static_cast<std::size_t>(end.ptr - digits)); };
-    append(" #", std::to_chars(digits, std::end(digits), line.m_nNumber));
-    append(": ", std::to_chars(digits, std::end(digits), line.m_nCount));
-    const auto end = std::to_chars(digits, std::end(digits), line.m_nMask, 16);
-    strText.append(" of ").append(8 - static_cast<std::size_t>(end.ptr - digits), '0');
-    append("", end);
-    append(" at ", std::to_chars(digits, std::end(digits), line.m_dPrice, std::chars_format::fixed, 2));
-    return strText;
+    std::ostringstream stream;
+    stream << line.m_strName << " #" << line.m_nNumber << ": " << line.m_nCount << " of " << std::hex
+           << std::setfill('0') << std::setw(8) << line.m_nMask << " at " << std::fixed
+           << std::setprecision(2) << line.m_dPrice;
+    return stream.str();
 }
 
 void add_Format8(const Line<char>& line)
@@ -60,7 +54,7 @@ void add_Format8(const Line<char>& line)
                 return strText;
             });
     row.Add("C library", [line] { return printed(line); });
-    row.Add("C++ library", [line] { return put_Together(line); });
+    row.Add("C++ library", [line] { return streamed(line); });
 #if defined(QNLIB_BENCH_FMT)
     row.Add("fmt",
             [line]

@@ -1,6 +1,6 @@
 // Finding and comparing.
 
-#include <lib_strings.h> // before GLib, whose TRUE and FALSE are macros
+#include <lib_strings.h>
 
 #include "peers.h"
 #include "row.h"

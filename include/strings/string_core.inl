@@ -20,7 +20,7 @@
 // Free_Extra, operator+= and every edit leave the string as it was; the assignments have given up the old
 // block by then and leave the string empty.
 
-struct alignas(16) Data // so that the text behind it begins where the machine's vectors like it
+struct Data
 {
     std::atomic<int> m_nRef_Count;
     unsigned long long m_nLength;       ///< characters in use, the NUL not counted

@@ -45,6 +45,13 @@ public:
         alloc_Buffer(nLength);
         characters::Copy(m_pChars, slice.m_pBegin, nLength);
     }
+
+    // Hands the block on, so that a growing list moves its strings.
+    Slice_String(Slice_String&& other) noexcept
+    {
+        m_pChars = other.m_pChars;
+        other.init();
+    }
 };
 
 template <class Element>
@@ -70,8 +77,6 @@ public:
     }
 
     unsigned long long Get_Num_Elements() const override { return m_pStrings->size(); }
-
-    void Reserve(std::size_t nCount) { m_pStrings->reserve(nCount); }
 
     void Add(const Slice& slice)
     {
@@ -166,16 +171,6 @@ void read_Pairs(const wchar_t* pText, Lib_Strings_Table_Real& table)
         table.Add(key, value);
 }
 
-// The first token, and one at each unit that follows a separator without being one.
-std::size_t count_Tokens(const wchar_t* pText, wchar_t chSeparator) noexcept
-{
-    std::size_t nTokens = 1;
-    if (*pText != 0)
-        for (const wchar_t* pAt = pText + 1; *pAt != 0; ++pAt)
-            nTokens += pAt[-1] == chSeparator && *pAt != chSeparator;
-    return nTokens;
-}
-
 } // namespace
 
 unsigned long long Lib_Split_String(const wchar_t* pText, wchar_t chSeparator, Lib_Strings*& pList)
@@ -185,7 +180,6 @@ unsigned long long Lib_Split_String(const wchar_t* pText, wchar_t chSeparator, L
         return 0;
     auto* pStrings = new Lib_Strings_Rel;
     pList = pStrings;
-    pStrings->Reserve(count_Tokens(pText, chSeparator));
     // The first token exists even without characters; later ones begin at a unit that is no separator.
     const wchar_t* pStart = pText;
     const wchar_t* pAt = pText;
