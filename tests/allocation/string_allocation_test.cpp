@@ -167,6 +167,7 @@ TYPED_TEST(String_Allocation, Costs_Nothing_Where_A_Block_Can_Be_Shared_Or_Reuse
 
 TEST(List_Allocation, Split_Leaves_A_List_And_Parse_Leaves_The_Pointer)
 {
+    SCOPED_TRACE("the memory of traces is there before it is counted");
     const long long nBefore = Outstanding_Bytes();
     EXPECT_LE(5U, Fail_Each_Allocation(
                       [](unsigned int nNth)
@@ -209,6 +210,7 @@ TEST(List_Allocation, Split_Leaves_A_List_And_Parse_Leaves_The_Pointer)
 
 TEST(List_Allocation, Utilities_Lose_Nothing)
 {
+    SCOPED_TRACE("the memory of traces is there before it is counted");
     const std::vector<wchar_t> wide(400, L'\x20AC');
     std::vector<unsigned char> narrow(400, 'a');
     Lib_String strHex(L"010203");
