@@ -49,6 +49,20 @@ unsigned int Fail_Each_Allocation(const Road& road)
     return nMost;
 }
 
+/// The same for a road that must lose no memory, whether it fails or not.
+template <class Road>
+unsigned int Fail_Each_Allocation_Without_Loss(const Road& road)
+{
+    return Fail_Each_Allocation(
+        [&](unsigned int nNth)
+        {
+            const long long nBefore = Outstanding_Bytes();
+            const bool bFailed = road(nNth);
+            EXPECT_EQ(nBefore, Outstanding_Bytes());
+            return bFailed;
+        });
+}
+
 } // namespace test_support
 
 #endif
