@@ -75,22 +75,10 @@ concept Narrow_String = requires(const T& text)
     text.Get_Length();
 };
 
-inline Wide_Text Text_Of(const Wide_Text& text)
-{
-    return text;
-}
-inline Narrow_Text Text_Of(const Narrow_Text& text)
-{
-    return text;
-}
-inline Wide_Text Text_Of(const wchar_t* text)
-{
-    return Wide_Text(text);
-}
-inline Narrow_Text Text_Of(const char* text)
-{
-    return Narrow_Text(text);
-}
+inline Wide_Text Text_Of(const Wide_Text& text) { return text; }
+inline Narrow_Text Text_Of(const Narrow_Text& text) { return text; }
+inline Wide_Text Text_Of(const wchar_t* text) { return Wide_Text(text); }
+inline Narrow_Text Text_Of(const char* text) { return Narrow_Text(text); }
 template <Wide_String T>
 Wide_Text Text_Of(const T& text)
 {
