@@ -1,0 +1,34 @@
+#include "failing_allocator.h"
+#include "lib_strings.h"
+#include "test_text.h"
+
+#include <new>
+
+using namespace test_support;
+
+// 600 units, for which the string has to grow twice.
+#define FIFTY L"01234567890123456789012345678901234567890123456789"
+#define TWO_HUNDRED FIFTY FIFTY FIFTY FIFTY
+
+QN_STRING_TABLE({600, TWO_HUNDRED TWO_HUNDRED TWO_HUNDRED});
+
+TEST(Load_String_Allocation, Leaves_The_Old_Text_Or_None)
+{
+    const auto load = [](unsigned int nNth)
+    {
+        Lib_String strText(L"before");
+        const Failing_Allocation failure(nNth);
+        try
+        {
+            EXPECT_EQ(1, strText.Load_String(600, nullptr));
+            EXPECT_EQ(600U, strText.Get_Length());
+        }
+        catch (const std::bad_alloc&)
+        {
+            EXPECT_TEXT_EQ(nNth == 1 ? L"before" : L"", strText);
+            EXPECT_EQ(0, strText.Get_At(strText.Get_Length())) << "the text ends where its length says";
+        }
+        return failure.Has_Failed();
+    };
+    EXPECT_EQ(2U, Fail_Each_Allocation_Without_Loss(load));
+}
