@@ -142,17 +142,20 @@ TYPED_TEST(Format, Agrees_With_The_Runtime)
         0, 1, -1, 42, -77777, std::numeric_limits<int>::max(), std::numeric_limits<int>::min()};
     for (int nRound = 0; nRound < 20000; ++nRound)
     {
-        const char chConversion = random.Unit(Windows_Target ? "diuxXocsf" : "diuxXocsfeEgG");
+        const char chConversion = random.Unit(Windows_Target ? "diuxXocs" : "diuxXocsfeEgG");
         std::string format = "<%";
         const auto Is_One_Of = [chConversion](std::string_view set)
         { return set.find(chConversion) != set.npos; };
         for (std::size_t i = random.Below(3); i-- > 0;)
             format += random.Unit(Is_One_Of("cs") ? "-" : Is_One_Of("uxXo") ? "-0" : "-+ 0");
-        if (Is_One_Of("xXo") && nRound % 3 == 0)
+        if (Is_One_Of("xXo") && nRound % 3 == 0 && !Windows_Target)
             format += '#';
         if (nRound % 2)
             format += std::to_string(1 + random.Below(45));
-        if (nRound % 5 < 2 && chConversion != 'c')
+        // Wine pads with zeros in spite of a precision, against the platform's documentation, and overruns a
+        // buffer of its own for 0 together with #.
+        const bool bZero = Windows_Target && format.find('0') != std::string::npos;
+        if (nRound % 5 < 2 && chConversion != 'c' && !bZero)
             format += '.' + std::to_string(random.Below(20));
         format += chConversion;
         format += ">";

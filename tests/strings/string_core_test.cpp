@@ -139,37 +139,6 @@ TYPED_TEST(String_Core, Keeps_A_Lock_As_Long_As_The_Text_Fits)
     }
 }
 
-TYPED_TEST(String_Core, Gives_Direct_Access_To_Its_Block)
-{
-    using Char = Char_Of<TypeParam>;
-    Open<TypeParam> text(T("abc"));
-    const Char* pBlock = text.m_pChars;
-    EXPECT_EQ(pBlock, text.Get_Buffer(0));
-    const Open<TypeParam> other(text);
-    Char* pOwn = text.Get_Buffer(1);
-    EXPECT_NE(pBlock, pOwn) << "a shared block is left";
-    EXPECT_EQ(3U, text.Get_Alloc_Length());
-    EXPECT_EQ(0, pOwn[3]);
-    EXPECT_EQ(1, other.Get_Holders());
-
-    Char* pLarge = text.Get_Buffer(5);
-    EXPECT_TEXT_EQ(T("abc"), text);
-    pLarge[3] = pLarge[4] = 'd';
-    text.Release_Buffer(5);
-    EXPECT_TEXT_EQ(T("abcdd"), text);
-    text.Get_Buffer_Set_Length(2);
-    EXPECT_TEXT_EQ(T("ab"), text);
-    EXPECT_EQ(5U, text.Get_Alloc_Length());
-    text.Get_Buffer(0)[1] = 0;
-    text.Release_Buffer();
-    EXPECT_TEXT_EQ(T("a"), text) << "all ones measures";
-    const Open<TypeParam> third(text);
-    text.Free_Extra();
-    EXPECT_EQ(1U, text.Get_Alloc_Length());
-    EXPECT_EQ(5U, third.Get_Alloc_Length()) << "Free_Extra leaves a shared block";
-    EXPECT_TEXT_EQ(T("abc"), other);
-}
-
 TYPED_TEST(String_Core, Builds_On_Blocks_For_Derived_Classes)
 {
     using Char = Char_Of<TypeParam>;
