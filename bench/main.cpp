@@ -34,7 +34,7 @@ int main(int nArguments, char** ppArguments)
     Add_Format_Rows();
     Add_Conversion_Rows();
     Report report(bAll);
-    benchmark::RunSpecifiedBenchmarks(&report);
+    const bool bAny = benchmark::RunSpecifiedBenchmarks(&report) != 0;
     benchmark::Shutdown();
-    return 0;
+    return bAny ? 0 : 1;
 }
