@@ -36,7 +36,8 @@ TYPED_TEST_SUITE(Format, Both_Widths);
 TYPED_TEST(Format, Reserves_By_The_Rules_For_Literals_And_Numbers)
 {
     using Char = Char_Of<TypeParam>;
-    const auto Expect = [](auto... row) { TestFixture::Expect(row...); };
+    const auto Expect = [](const Char* pExpected, unsigned long long nReserve, auto... row)
+    { TestFixture::Expect(pExpected, nReserve, row...); };
     Expect(T(""), 0, T(""));
     Expect(T("abc"), 3 + 2 + 1, T("abc"));
     Expect(T("%"), 1, T("%%"));
@@ -85,7 +86,8 @@ TYPED_TEST(Format, Reserves_By_The_Rules_For_Floating_Point)
 TYPED_TEST(Format, Reserves_By_The_Rules_For_Texts)
 {
     using Char = Char_Of<TypeParam>;
-    const auto Expect = [](auto... row) { TestFixture::Expect(row...); };
+    const auto Expect = [](const Char* pExpected, unsigned long long nReserve, auto... row)
+    { TestFixture::Expect(pExpected, nReserve, row...); };
     const Char* const pNull = nullptr;
     Expect(T("abc"), 3, T("%s"), T("abc"));
     Expect(T(""), 1, T("%s"), T(""));

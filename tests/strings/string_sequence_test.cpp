@@ -238,7 +238,8 @@ private:
         Units<Char> now = model.Text();
         const auto nNow = static_cast<std::ptrdiff_t>(now.size());
         const std::ptrdiff_t nFrom = static_cast<std::ptrdiff_t>(m_Random.Below(now.size() + 1));
-        const std::ptrdiff_t nCount = static_cast<std::ptrdiff_t>(m_Random.Below(now.size() - nFrom + 1));
+        const std::ptrdiff_t nCount =
+            static_cast<std::ptrdiff_t>(m_Random.Below(static_cast<std::size_t>(nNow - nFrom) + 1));
         const auto from = now.begin() + nFrom;
         const auto nul = std::find(now.begin(), now.end(), Char(0));
         const Units<Char> units = Random_Units("ab");
