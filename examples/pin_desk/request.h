@@ -26,8 +26,8 @@ enum class Operation
 ///   unblock   card                          gives a blocked card its tries back
 ///   remove    card pin                      takes a card out of the table
 ///   show      card                          tells the owner, the badge and the tries left
-///   list      [owner]                       counts and names the cards, or those whose owner's name holds a
-///   text
+///   list      [owner]                       counts and names the cards, or those of owners whose name
+///                                           holds a text
 ///
 /// Each takes [session], the number of the client's session, too.
 struct Request
