@@ -10,7 +10,8 @@
 /// The whole program on a command line of 16-bit text; the result is the exit code.
 int Run_Pin_Desk(int nArguments, wchar_t** ppArguments);
 
-/// Opens a file for binary reading; null when that fails. The caller closes it.
+/// Opens a file, whose path is not empty, for binary reading; null when that fails, with the reason in errno.
+/// The caller closes it.
 std::FILE* Open_For_Reading(const Lib_String& strPath);
 
 #endif

@@ -1,5 +1,6 @@
 #include "host.h"
 
+#include <cerrno>
 #include <cstring>
 #include <vector>
 
@@ -9,7 +10,10 @@ std::FILE* Open_For_Reading(const Lib_String& strPath)
 {
     Lib_Buffer Path;
     if (!Lib_WString_To_UTF8_Buffer(strPath, static_cast<unsigned long>(strPath.Get_Length()), Path))
+    {
+        errno = ENOENT;
         return nullptr;
+    }
     Path.Append("", 1);
     return std::fopen(static_cast<const char*>(Path.Get_Ptr()), "rb");
 }

@@ -2,24 +2,87 @@
 
 #include <cstdint>
 
+namespace
+{
+
+bool consists_Of(const Lib_String& strText, const wchar_t* pSet)
+{
+    return strText.Span_Including(pSet).Get_Length() == strText.Get_Length();
+}
+
+bool check_File(Lib_String& strText) { return !strText.Is_Empty(); }
+
+/// Decimal digits only, few enough for an int.
+bool is_Number(const Lib_String& strText)
+{
+    return !strText.Is_Empty() && strText.Get_Length() <= 9 && consists_Of(strText, L"0123456789");
+}
+
+bool check_Tries(Lib_String& strText)
+{
+    const int nTries = Lib_String_To_Int(strText);
+    return is_Number(strText) && nTries >= 1 && nTries <= 99;
+}
+
+bool check_Limit(Lib_String& strText) { return is_Number(strText); }
+
+/// Takes the colons between the pairs out.
+bool check_Key(Lib_String& strText)
+{
+    Lib_String strPairs;
+    for (unsigned long long i = 0; i < strText.Get_Length(); i += 2)
+    {
+        if (i != 0 && strText.Get_At(i) == L':')
+            ++i;
+        const Lib_String strPair = strText.Mid(i, 2);
+        if (strPair.Get_Length() != 2 || !consists_Of(strPair, L"0123456789ABCDEFabcdef"))
+            return false;
+        strPairs += strPair;
+    }
+    strText = strPairs;
+    return !strText.Is_Empty();
+}
+
+} // namespace
+
+Option::Option(const wchar_t* pName, PARAM_TYPE Type, const wchar_t* pDefault, const wchar_t* pValue_Name,
+               const wchar_t* pDescription, bool bOptional, const wchar_t* pDemand, Check check)
+    : Lib_Parser_Param(pName, Type, pDefault, pValue_Name, pDescription, bOptional), m_strName(pName),
+      m_strDemand(pDemand), m_Check(check), m_bTakes_Value(Type != PARAM_TYPE_FLAG)
+{
+}
+
+/// Also called with the default, which may be empty: only what was typed can be wrong.
+void Option::Make_Value(const Lib_String& strText)
+{
+    Lib_String strValue(strText);
+    m_bRight = m_Check == nullptr || m_Check(strValue);
+    Lib_Parser_Param::Make_Value(strValue);
+}
+
 Options::Options()
-    : m_File(L"-in", PARAM_TYPE_STRING, L"", L"file", L"File of requests in UTF-8, one on a line", false),
+    : m_File(L"-in", PARAM_TYPE_STRING, L"", L"file", L"File of requests in UTF-8, one on a line", false,
+             L"the path of a file", check_File),
       m_Key(L"-key", PARAM_TYPE_HEX_BYTES, L"", L"hex",
-            L"Key of the desk, mixed into the numbers of receipts", true),
-      m_Tries(L"-tries", PARAM_TYPE_DWORD, L"3", L"number", L"Wrong PINs in a row that block a card", true),
-      m_Limit(L"-limit", PARAM_TYPE_DWORD, L"0", L"number", L"Number of requests to serve, 0 for all", true),
+            L"Key of the desk, mixed into the numbers of receipts", true,
+            L"pairs of hexadecimal digits such as 0a1b or 0a:1b", check_Key),
+      m_Tries(L"-tries", PARAM_TYPE_DWORD, L"3", L"number", L"Wrong PINs in a row that block a card", true,
+              L"a number from 1 to 99", check_Tries),
+      m_Limit(L"-limit", PARAM_TYPE_DWORD, L"0", L"number", L"Number of requests to serve, 0 for all", true,
+              L"a number of up to 9 digits", check_Limit),
       m_Quiet(L"-quiet", PARAM_TYPE_FLAG, L"", L"", L"Prints only what was refused or malformed", true),
       m_Help(L"-help", PARAM_TYPE_FLAG, L"", L"", L"Prints this text", true),
       m_Version(L"--version", PARAM_TYPE_FLAG, L"", L"", L"Prints the version of the library", true)
 {
 }
 
-bool Options::Read(int nArguments, wchar_t** ppArguments)
+bool Options::Read(int nArguments, wchar_t** ppArguments, Lib_String& strFault)
 {
     const bool bRead =
         with_Params([=](int nParams, auto*... pParams)
                     { return Lib_Parser::Parse_Params(nArguments, ppArguments, nParams, pParams...); });
-    return bRead && Get_Tries() != 0;
+    strFault = find_Fault(nArguments, ppArguments);
+    return bRead && strFault.Is_Empty();
 }
 
 void Options::Print_Help()
@@ -30,4 +93,41 @@ void Options::Print_Help()
 unsigned int Options::get_Number(const Lib_Parser_Param& Param)
 {
     return static_cast<unsigned int>(reinterpret_cast<std::uintptr_t>(Param.Get_Param()));
+}
+
+std::array<Option*, 7> Options::all()
+{
+    return {&m_File, &m_Key, &m_Tries, &m_Limit, &m_Quiet, &m_Help, &m_Version};
+}
+
+const Option* Options::find(const Lib_String& strName)
+{
+    for (const Option* pOption : all())
+    {
+        if (strName.CompareNoCase(pOption->Get_Name()) == 0)
+            return pOption;
+    }
+    return nullptr;
+}
+
+/// The parser only says that a command line is no good. This goes through it once more and tells what the
+/// first fault is, empty when there is none.
+Lib_String Options::find_Fault(int nArguments, wchar_t** ppArguments)
+{
+    for (int i = 1; i < nArguments; ++i)
+    {
+        const Option* pOption = find(ppArguments[i]);
+        if (pOption == nullptr)
+            return Lib_String(L"I don't know ") + ppArguments[i];
+        if (pOption->Takes_Value() && ++i == nArguments)
+            return pOption->Get_Name() + L" needs a value";
+    }
+    for (const Option* pOption : all())
+    {
+        if (!pOption->Is_Set() && !pOption->Is_Optional())
+            return pOption->Get_Name() + L" is missing";
+        if (pOption->Is_Set() && !pOption->Is_Right())
+            return pOption->Get_Name() + L" takes " + pOption->Get_Demand();
+    }
+    return Lib_String();
 }

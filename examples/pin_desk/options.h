@@ -1,9 +1,38 @@
 #ifndef PIN_DESK_OPTIONS_H
 #define PIN_DESK_OPTIONS_H
 
+#include <array>
 #include <lib_foundation.h>
 #include <lib_parser.h>
 #include <lib_strings.h>
+#include <tuple>
+
+/// A parameter that looks at what was typed for it, since the parser takes any text for a value.
+class Option : public Lib_Parser_Param
+{
+public:
+    /// Whether a text is a value of the option; it may be changed into one that the parser reads.
+    using Check = bool (*)(Lib_String& strText);
+
+    /// The demand tells what the check wants; without a check any text is right.
+    Option(const wchar_t* pName, PARAM_TYPE Type, const wchar_t* pDefault, const wchar_t* pValue_Name,
+           const wchar_t* pDescription, bool bOptional, const wchar_t* pDemand = L"", Check check = nullptr);
+
+    const Lib_String& Get_Name() const { return m_strName; }
+    const Lib_String& Get_Demand() const { return m_strDemand; }
+    bool Takes_Value() const { return m_bTakes_Value; }
+    bool Is_Right() const { return m_bRight; }
+
+protected:
+    void Make_Value(const Lib_String& strText) override;
+
+private:
+    Lib_String m_strName;
+    Lib_String m_strDemand;
+    Check m_Check;
+    bool m_bTakes_Value;
+    bool m_bRight = true;
+};
 
 /// The command line of the desk.
 class Options
@@ -11,8 +40,9 @@ class Options
 public:
     Options();
 
-    /// Reads the command line; false when it isn't one that the desk can work by.
-    bool Read(int nArguments, wchar_t** ppArguments);
+    /// Reads the command line; false when it isn't one that the desk can work by, with what is wrong in
+    /// strFault.
+    bool Read(int nArguments, wchar_t** ppArguments, Lib_String& strFault);
     void Print_Help();
 
     bool Wants_Help() const { return m_Help.Is_Set(); }
@@ -27,20 +57,31 @@ public:
 private:
     static unsigned int get_Number(const Lib_Parser_Param& Param);
 
+    /// All options, in the order of the help.
+    std::array<Option*, 7> all();
+    const Option* find(const Lib_String& strName);
+    Lib_String find_Fault(int nArguments, wchar_t** ppArguments);
+
     /// Calls `callee` with the number of the parameters and with all of them, as the parser wants its list.
     template <class Callee>
     auto with_Params(Callee callee)
     {
-        return callee(7, &m_File, &m_Key, &m_Tries, &m_Limit, &m_Quiet, &m_Help, &m_Version);
+        return std::apply(
+            [&](auto*... pOptions)
+            {
+                constexpr int nOptions = sizeof...(pOptions);
+                return callee(nOptions, static_cast<Lib_Parser_Param*>(pOptions)...);
+            },
+            all());
     }
 
-    Lib_Parser_Param m_File;
-    Lib_Parser_Param m_Key;
-    Lib_Parser_Param m_Tries;
-    Lib_Parser_Param m_Limit;
-    Lib_Parser_Param m_Quiet;
-    Lib_Parser_Param m_Help;
-    Lib_Parser_Param m_Version;
+    Option m_File;
+    Option m_Key;
+    Option m_Tries;
+    Option m_Limit;
+    Option m_Quiet;
+    Option m_Help;
+    Option m_Version;
 };
 
 #endif

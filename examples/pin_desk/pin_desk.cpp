@@ -10,6 +10,7 @@
 #include "options.h"
 #include "report.h"
 
+#include <cerrno>
 #include <lib_version.h>
 #include <memory>
 #include <new>
@@ -62,27 +63,52 @@ bool serve_File(std::FILE* pFile, const Options& options)
     return true;
 }
 
+/// Why a file can't be opened or read, as far as errno tells.
+const wchar_t* tell_Reason(int nError)
+{
+    switch (nError)
+    {
+    case ENOENT:
+    case ENOTDIR:
+        return L"there is no such file";
+    case EISDIR:
+        return L"it is a directory";
+    case EACCES:
+    case EPERM:
+        return L"you may not read it";
+    default:
+        return L"the system reports an error";
+    }
+}
+
+/// Prints what is wrong, and the help.
+int refuse(Options& options, const Lib_String& strFault)
+{
+    Print_Line(strFault + L".\n");
+    options.Print_Help();
+    return EXIT_USAGE;
+}
+
 int run(int nArguments, wchar_t** ppArguments)
 {
     Options options;
-    const bool bRead = options.Read(nArguments, ppArguments);
+    Lib_String strFault;
+    const bool bRead = options.Read(nArguments, ppArguments, strFault);
     if (options.Wants_Version())
     {
         Print_Line(Lib_String(L"pin_desk with qnLib ") + Lib_String(QNLIB_VERSION));
         return EXIT_DONE;
     }
-    if (!bRead || options.Wants_Help())
+    if (options.Wants_Help())
     {
         options.Print_Help();
-        return options.Wants_Help() ? EXIT_DONE : EXIT_USAGE;
+        return EXIT_DONE;
     }
+    if (!bRead)
+        return refuse(options, strFault);
     const std::unique_ptr<std::FILE, Close_File> pFile(Open_For_Reading(options.Get_File()));
     if (pFile == nullptr || !serve_File(pFile.get(), options))
-    {
-        Print_Line(L"The file " + options.Get_File() + L" cannot be read.\n");
-        options.Print_Help();
-        return EXIT_USAGE;
-    }
+        return refuse(options, L"The file " + options.Get_File() + L" cannot be read: " + tell_Reason(errno));
     return EXIT_DONE;
 }
 

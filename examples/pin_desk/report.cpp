@@ -2,6 +2,13 @@
 
 #include <cstdio>
 
+namespace
+{
+
+const wchar_t* plural_S(unsigned int nCount) { return nCount == 1 ? L"" : L"s"; }
+
+} // namespace
+
 void Print_Line(const Lib_String& strLine)
 {
     Lib_Buffer Line;
@@ -35,16 +42,22 @@ void Report::Add_Malformed(unsigned int nLine, const Lib_String& strFault)
 void Report::Print_Summary(const Desk& desk) const
 {
     Lib_String strLine;
-    strLine.Format(L"\n%u requests: %u done, %u refused, %u malformed", Count_Requests(), m_Total.m_nDone,
-                   m_Total.m_nRefused, m_nMalformed);
+    strLine.Format(L"\n%u request%s: %u done, %u refused, %u malformed", Count_Requests(),
+                   plural_S(Count_Requests()), m_Total.m_nDone, m_Total.m_nRefused, m_nMalformed);
     Print_Line(strLine);
     for (const auto& [nSession, counts] : m_Sessions)
     {
-        strLine.Format(L"session %-3u %5u requests, %5.1f%% done", nSession, counts.Get_Sum(),
-                       100.0 * counts.m_nDone / counts.Get_Sum());
+        strLine.Format(L"session %-6u %5u request%s, %5.1f%% done", nSession, counts.Get_Sum(),
+                       plural_S(counts.Get_Sum()), 100.0 * counts.m_nDone / counts.Get_Sum());
         Print_Line(strLine);
     }
-    strLine.Format(L"%u cards, %u blocked", desk.Count_Cards(), desk.Count_Blocked());
+    if (m_nMalformed != 0)
+    {
+        strLine.Format(L"no session     %5u malformed line%s", m_nMalformed, plural_S(m_nMalformed));
+        Print_Line(strLine);
+    }
+    strLine.Format(L"%u card%s, %u blocked", desk.Count_Cards(), plural_S(desk.Count_Cards()),
+                   desk.Count_Blocked());
     Print_Line(strLine);
 }
 
