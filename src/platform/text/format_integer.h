@@ -24,7 +24,7 @@ inline constexpr std::array<unsigned long long, 20> POWERS_OF_TEN = []
 
 /// "00" to "99", one behind the other.
 template <class Char>
-inline constexpr std::array<Char, 200> DIGIT_PAIRS = []
+[[gnu::visibility("hidden")]] inline constexpr std::array<Char, 200> DIGIT_PAIRS = []
 {
     std::array<Char, 200> pairs{};
     for (std::size_t index = 0; index < 100; ++index)
