@@ -1,5 +1,6 @@
 #include "strings/text_utilities.h"
 
+#include "foundation/alloc.h"
 #include "platform/runtime_text.h"
 #include "strings/characters.h"
 #include "strings/scan.h"
@@ -117,6 +118,32 @@ bool Lib_UTF8_Buffer_To_WString(unsigned char* pData, unsigned long nSize, Lib_S
     return true;
 }
 
+namespace
+{
+
+// Whether a few units suggest that a text is ASCII.
+bool looks_Ascii(const wchar_t* pText, int nUnits)
+{
+    return pText != nullptr && (pText[0] | pText[nUnits / 3] | pText[nUnits / 2] | pText[nUnits - 1]) < 0x80;
+}
+
+// ASCII gives a byte for each unit, so it is converted into the output's own block. False for any other text.
+bool take_Ascii(const wchar_t* pText, int nUnits, Lib_Buffer& output)
+{
+    const auto nSize = static_cast<unsigned long long>(nUnits);
+    void* pBlock = Lib_Alloc(false, nSize);
+    if (pBlock != nullptr && WideCharToMultiByte(CP_UTF8, 0, pText, nUnits, static_cast<char*>(pBlock),
+                                                 nUnits, nullptr, nullptr) == nUnits)
+    {
+        output.Attach(pBlock, nSize);
+        return true;
+    }
+    Lib_Free(pBlock);
+    return false;
+}
+
+} // namespace
+
 bool Lib_WString_To_UTF8_Buffer(const wchar_t* pText, unsigned long nSize, Lib_Buffer& output)
 {
     output.Flush();
@@ -124,6 +151,8 @@ bool Lib_WString_To_UTF8_Buffer(const wchar_t* pText, unsigned long nSize, Lib_B
     if (nUnits < -1)
         return false;
     if (nUnits == 0)
+        return true;
+    if (nUnits > 0 && looks_Ascii(pText, nUnits) && take_Ascii(pText, nUnits, output))
         return true;
     // A short text goes through room for the most bytes that its units can give, and is converted once.
     constexpr int nShort = 0x10000;
