@@ -181,20 +181,16 @@ unsigned long long Lib_Split_String(const wchar_t* pText, wchar_t chSeparator, L
     auto* pStrings = new Lib_Strings_Rel;
     pList = pStrings;
     // The first token exists even without characters; later ones begin at a unit that is no separator.
-    const wchar_t* pStart = pText;
     const wchar_t* pAt = pText;
-    for (; *pAt != 0; ++pAt)
+    do
     {
-        if (*pAt != chSeparator)
-            pStart = pStart != nullptr ? pStart : pAt;
-        else if (pStart != nullptr)
-        {
-            pStrings->Add({pStart, pAt});
-            pStart = nullptr;
-        }
-    }
-    if (pStart != nullptr)
+        const wchar_t* pStart = pAt;
+        while (*pAt != chSeparator && *pAt != 0)
+            ++pAt;
         pStrings->Add({pStart, pAt});
+        while (*pAt == chSeparator && *pAt != 0)
+            ++pAt;
+    } while (*pAt != 0);
     return pStrings->Get_Num_Elements();
 }
 
