@@ -25,6 +25,7 @@
 #error "qnLib needs a 16-bit wchar_t: compile with -fshort-wchar (the CMake target and the .pc file carry it)"
 #endif
 
+#include "platform/kernel.h"
 #include "platform/modules.h"
 #include "platform/text.h"
 #include "platform/types.h"
