@@ -17,7 +17,7 @@ function(qnlib_compile_settings target)
 endfunction()
 
 # Collects the sources for the target system into `out`: src/platform/windows/ is all of src/platform/ that
-# Windows takes, and the one folder there that Linux leaves out.
+# Windows takes. Linux leaves that out, and src/platform/providers/, whose parts are modules of their own.
 function(qnlib_collect_sources out)
     file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/*.cpp")
     file(GLOB_RECURSE headers CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/include/*.h"
@@ -28,7 +28,7 @@ function(qnlib_collect_sources out)
         list(FILTER sources EXCLUDE REGEX "/src/platform/")
         list(APPEND sources ${windows_layer})
     else()
-        list(FILTER sources EXCLUDE REGEX "/src/platform/windows/")
+        list(FILTER sources EXCLUDE REGEX "/src/platform/(windows|providers)/")
     endif()
     if(NOT QNLIB_HAS_AVX2_KERNELS)
         list(FILTER sources EXCLUDE REGEX "_avx2\\.cpp$")
@@ -120,6 +120,51 @@ function(qnlib_add_library)
     qnlib_client_interface(qnLib_static)
     target_compile_definitions(qnLib_static PUBLIC QNLIB_STATIC)
     set_target_properties(qnLib_static PROPERTIES LINKER_LANGUAGE CXX)
+endfunction()
+
+# Declares a provider, a module with third-party parts that the platform layer loads at first use:
+#     qnlib_add_provider(crypt32 PACKAGE OpenSSL DEBIAN libssl-dev LIBRARIES OpenSSL::Crypto)
+# Its sources are those of src/platform/providers/<name>/ unless SOURCES names them. It lies in the folder qnLib/
+# beside libqnLib.so, in the build tree as in the installed one. PACKAGE (with COMPONENTS) is what find_package
+# looks for; DEBIAN tells what to install if it is missing. A provider marked TEST is not installed. Linux only.
+function(qnlib_add_provider name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "TEST" "PACKAGE;DEBIAN" "COMPONENTS;LIBRARIES;SOURCES")
+    if(arg_PACKAGE)
+        find_package(${arg_PACKAGE} QUIET COMPONENTS ${arg_COMPONENTS})
+        if(NOT ${arg_PACKAGE}_FOUND)
+            message(FATAL_ERROR "The provider ${name} needs ${arg_PACKAGE}: install the package ${arg_DEBIAN}.")
+        endif()
+    endif()
+    if(NOT arg_SOURCES)
+        file(GLOB_RECURSE arg_SOURCES CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/src/platform/providers/${name}/*.cpp")
+    endif()
+    set(target qnLib_provider_${name})
+    add_library(${target} MODULE ${arg_SOURCES} "${PROJECT_SOURCE_DIR}/src/platform/providers/common/last_error.cpp")
+    qnlib_compile_settings(${target})
+    target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}/include" "${PROJECT_SOURCE_DIR}/src")
+    target_link_libraries(${target} PRIVATE ${arg_LIBRARIES})
+    set_target_properties(${target} PROPERTIES
+        PREFIX "" OUTPUT_NAME ${name} LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/qnLib"
+        CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+    set(map "${PROJECT_SOURCE_DIR}/cmake/provider.map")
+    target_link_options(${target} PRIVATE -Wl,--as-needed "-Wl,--version-script=${map}")
+    set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${map}")
+    if(NOT QNLIB_SANITIZERS)
+        target_link_options(${target} PRIVATE -Wl,-z,defs)
+    endif()
+    add_dependencies(qnLib ${target})
+    add_dependencies(qnLib_static ${target})
+    if(NOT arg_TEST)
+        install(TARGETS ${target} LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/qnLib")
+    endif()
+endfunction()
+
+# Programs with the static library look for providers beside themselves: shows them the build's in their folder.
+function(qnlib_show_providers folder)
+    if(NOT WIN32)
+        file(MAKE_DIRECTORY "${folder}")
+        file(CREATE_LINK "${PROJECT_BINARY_DIR}/qnLib" "${folder}/qnLib" SYMBOLIC)
+    endif()
 endfunction()
 
 # The C++ runtime is shared between qnLib.dll and the programs, since exceptions cross the boundary.

@@ -14,8 +14,30 @@ namespace qn_platform
 LIB_API DWORD GetLastError();
 LIB_API void SetLastError(DWORD code);
 
-/// The handle of the process's executable for a null name. Other names are refused with 120.
+/// The handle of a loaded module, which gets no further reference by it; null stands for the process's
+/// executable. A plain name means the first module of that name, without regard to ASCII case, "lib" in front
+/// or what comes from ".so" on; ".dll" at its end counts as nothing. A name with a folder means the module
+/// of that path. Null on failure: 126 when there is none, 8 when memory is short.
 LIB_API HMODULE GetModuleHandleW(LPCWSTR name);
+
+/// Loads a module, or takes one more reference to one that is loaded; each needs a FreeLibrary of its own.
+/// How a name finds its file is told in docs/modules.md: "crypt32" and "CRYPT32.dll" are one name, which is
+/// looked for in the folder qnLib beside this library, beside this library, beside the program, among the
+/// loaded modules, and by the loader's own search, as "crypt32.so" and "libcrypt32.so". Backslashes count as
+/// slashes. Null on failure: 126 when there is no such module or one that it needs is missing, 193 for a file
+/// that is no module, 87 for a null name, 8 when memory is short.
+LIB_API HMODULE LoadLibraryW(LPCWSTR name);
+
+/// Gives one reference of LoadLibraryW back; the module goes with the last one. A module that came with the
+/// program, or that another part of it loaded, stays: TRUE, and nothing happens. FALSE with 6 for null and
+/// with 126 for a handle that is no module.
+LIB_API BOOL FreeLibrary(HMODULE module);
+
+/// The address of a function or variable that the module exports; null means the process's executable, which
+/// exports what it was linked to export. Null on failure: 127 for a name that it does not export itself, for
+/// a null name and for an ordinal (a name below 0x10000), which modules here do not have; 126 for a handle
+/// that is no module.
+LIB_API FARPROC GetProcAddress(HMODULE module, LPCSTR name);
 
 /// Writes the full path of a module's file with backslashes between its components; null means the
 /// process's executable. `size` counts units. The answer is the length without the NUL; `size` when the path

@@ -53,6 +53,7 @@ using HLOCAL = HANDLE;
 using SIZE_T = unsigned long long;
 using HINSTANCE = struct HINSTANCE__*;
 using HMODULE = HINSTANCE;
+using FARPROC = long long (*)();
 
 static_assert(sizeof(WCHAR) == 2 && sizeof(DWORD) == 4 && sizeof(LONG) == 4 && sizeof(void*) == 8);
 

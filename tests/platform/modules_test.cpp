@@ -88,8 +88,8 @@ TEST_F(Modules, Know_Their_Files)
     EXPECT_EQ(Own_Path(), Path_Of(nullptr));
     EXPECT_EQ(Own_Path(), Path_Of(executable));
     EXPECT_NE(std::string::npos, Path_Of(C_Library()).find("\\libc.so"));
-    EXPECT_EQ(nullptr, GetModuleHandleW(L"kernel32"));
-    EXPECT_EQ(120u, GetLastError());
+    EXPECT_EQ(nullptr, GetModuleHandleW(L"no such module"));
+    EXPECT_EQ(126u, GetLastError());
     EXPECT_TRUE(DisableThreadLibraryCalls(executable));
     EXPECT_FALSE(DisableThreadLibraryCalls(nullptr));
 }

@@ -1,42 +1,15 @@
 #include "platform/modules.h"
 #include "platform/modules/module_address.h"
-#include "platform/system_calls.h"
 #include "platform/text.h"
 
 #include <algorithm>
 #include <cstring>
-
-#include <dlfcn.h>
 
 namespace qn_platform
 {
 
 namespace
 {
-
-/// The module's own string table; null if it has none. The loader also looks in what the module was linked
-/// with, so what it finds counts only if it lies in the module.
-const Lib_String_Table_Entry* find_Table(HMODULE module)
-{
-    const HMODULE executable = GetModuleHandleW(nullptr);
-    const HMODULE owner = module != nullptr ? module : executable;
-    const char* const name = Loader_Name(owner);
-    if (name == nullptr)
-    {
-        return nullptr;
-    }
-    void* const handle =
-        system_calls.open_module(owner == executable ? nullptr : name, RTLD_LAZY | RTLD_NOLOAD);
-    if (handle == nullptr)
-    {
-        return nullptr;
-    }
-    const void* const table = system_calls.find_symbol(handle, "qn_string_table");
-    // The module stays loaded: its user holds a reference of his own.
-    system_calls.close_module(handle);
-    return table != nullptr && Module_Of(table) == owner ? static_cast<const Lib_String_Table_Entry*>(table)
-                                                         : nullptr;
-}
 
 LPCWSTR find_Text(const Lib_String_Table_Entry* table, UINT id)
 {
@@ -61,7 +34,8 @@ int LoadStringW(HINSTANCE module, UINT id, LPWSTR buffer, int size)
     {
         return fail(ERROR_INVALID_PARAMETER);
     }
-    const Lib_String_Table_Entry* const table = find_Table(module);
+    const auto* const table =
+        static_cast<const Lib_String_Table_Entry*>(Own_Symbol(module, "qn_string_table"));
     if (table == nullptr)
     {
         return fail(ERROR_RESOURCE_DATA_NOT_FOUND);
