@@ -122,9 +122,16 @@ void release() noexcept { Flush(); }
 /// The same for a block that isn't the shared empty one.
 void drop_Holder(Data* pBlock) noexcept
 {
-    if (--pBlock->m_nRef_Count <= 0)
+    // Only the one holder of a block locks it, so a block that isn't locked is left by its last holder at 0;
+    // the test for that alone is the cheaper instruction.
+    if (pBlock->Is_Locked())
+        drop_Locked(pBlock);
+    else if (--pBlock->m_nRef_Count == 0)
         free_Data(pBlock);
 }
+
+/// The same for a locked block, whose count goes below 0.
+void drop_Locked(Data* pBlock) noexcept;
 
 /// Shares the source's block, or copies the text up to its first NUL when the source is locked. For
 /// constructors: there is no previous block.
@@ -136,8 +143,8 @@ void init_Copy(const Lib_Self& source)
         init_Text_Copy(source);
         return;
     }
+    m_pChars = pBlock->Get_Text(); // before the locked instruction, which no later load may pass
     ++pBlock->m_nRef_Count;
-    m_pChars = source.m_pChars;
 }
 
 /// Take a text up to its NUL, or one character whatever it is. For constructors as well.

@@ -9,8 +9,11 @@ namespace qn_runtime
 /// White space as the runtime classes 16-bit units, in every locale: below 256 fixed, above by CT_CTYPE1.
 inline bool Is_White_Space(wchar_t unit)
 {
+    constexpr unsigned long long LOW = 0x1FULL << 0x09 | 1ULL << 0x20; // tab to return, blank
+    if (unit < 0x40)
+        return (LOW >> unit & 1) != 0;
     if (unit < 0x100)
-        return (unit >= 0x09 && unit <= 0x0D) || unit == 0x20 || unit == 0x85 || unit == 0xA0;
+        return unit == 0x85 || unit == 0xA0;
     WORD type = 0;
     return unit != 0xFFFF && GetStringTypeW(CT_CTYPE1, &unit, 1, &type) && (type & C1_SPACE) != 0;
 }

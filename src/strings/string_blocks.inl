@@ -7,6 +7,12 @@ unsigned long long String::measure_Text(const Char* pText) noexcept { return cha
 
 void String::free_Data(Data* pBlock) noexcept { ::operator delete(pBlock); }
 
+void String::drop_Locked(Data* pBlock) noexcept
+{
+    if (--pBlock->m_nRef_Count <= 0)
+        free_Data(pBlock);
+}
+
 unsigned long long String::st_Add_Lengths(unsigned long long nLeft, unsigned long long nRight)
 {
     if (nRight > ~0ULL - nLeft)
