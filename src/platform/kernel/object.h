@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <utility>
 
 // What a handle stands for, and how handles and objects find one another.
 
@@ -45,6 +46,9 @@ public:
     Object_Reference(Object_Reference&& other) noexcept;
     Object_Reference& operator=(Object_Reference&& other) noexcept;
     ~Object_Reference();
+
+    /// The reference is the caller's from now on.
+    Object* Detach() { return std::exchange(m_pObject, nullptr); }
 
     Object* get() const { return m_pObject; }
     Object& operator*() const { return *m_pObject; }

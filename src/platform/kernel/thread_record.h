@@ -12,19 +12,40 @@ namespace qn_platform::kernel
 {
 
 class Named_Object;
+class Object_Reference;
 struct Object;
 
-struct Thread_Record
+/// The memory is used again for other threads but never given back, so a late wake-up at a bell is harmless.
+struct alignas(64) Thread_Record
 {
-    std::uint32_t id;                // the kernel's thread number, which state words of mutexes hold
-    std::atomic<std::uint32_t> bell; // futex word: rung once for each hand-over to this thread
-    Object* owned_mutexes;           // local mutexes owned by this thread; touched by it alone
-    Named_Object* owned_named;       // named mutexes owned by this thread; touched by it alone
-    void* robust_head;               // the thread's robust list head in the C library, found at first need
+    std::uint32_t id = 0; // the kernel's thread number, which state words of mutexes hold
+    /// Futex word, private to the process: moves on once for each hand-over to this thread.
+    std::atomic<std::uint32_t> bell{0};
+    Object* owned_mutexes = nullptr;     // local mutexes owned by this thread; touched by it alone
+    Named_Object* owned_named = nullptr; // named mutexes owned by this thread; touched by it alone
+    void* robust_head = nullptr; // the thread's robust list head in the C library, found at first need
+    Object* object = nullptr;    // what handles to this thread stand for, with a reference; null until asked
+    unsigned int end_rounds = 0; // rounds of destructors that the ending thread has been through
+    Thread_Record* next_free = nullptr;
+    Thread_Record* next = nullptr; // all records ever made
 };
 
+extern constinit thread_local Thread_Record* g_pCurrent_Thread;
+
+Thread_Record* Make_Thread_Record();
+
 /// The calling thread's record; null if it has none yet and memory is short.
-Thread_Record* Current_Thread();
+inline Thread_Record* Current_Thread()
+{
+    Thread_Record* const pRecord = g_pCurrent_Thread;
+    return pRecord != nullptr ? pRecord : Make_Thread_Record();
+}
+
+/// The object that stands for the calling thread. Empty, last error 8, when memory is short.
+Object_Reference Get_Thread_Object(Thread_Record& self);
+
+/// In a forked child: its thread has no record, and there are no others.
+void Forget_Threads();
 
 } // namespace qn_platform::kernel
 

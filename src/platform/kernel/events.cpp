@@ -1,0 +1,74 @@
+#include "platform/kernel.h"
+#include "platform/kernel/access_rights.h"
+#include "platform/kernel/creation.h"
+#include "platform/kernel/local_state.h"
+#include "platform/kernel/named_object.h"
+#include "platform/kernel/object_pool.h"
+#include "platform/modules.h"
+
+namespace qn_platform
+{
+
+using namespace kernel;
+
+namespace
+{
+
+void change_Named(Named_Object& event, Signal signal, Thread_Record& self)
+{
+    switch (signal)
+    {
+    case Signal::Set:
+        return Set_Named(event, self);
+    case Signal::Reset:
+        return Reset_Named(event, self);
+    default:
+        return Pulse_Named(event, self);
+    }
+}
+
+[[gnu::noinline]] BOOL change_Named(const Look& look, Signal signal)
+{
+    Thread_Record* const pSelf = Current_Thread();
+    const Object_Reference object = Get_Reference(look);
+    if (pSelf == nullptr || !object)
+    {
+        return Fail(pSelf == nullptr ? ERROR_NOT_ENOUGH_MEMORY : ERROR_INVALID_HANDLE);
+    }
+    change_Named(*Get_Named(*object), signal, *pSelf);
+    return TRUE;
+}
+
+inline BOOL change(HANDLE event, Signal signal)
+{
+    Look look;
+    if (!Look_Up_For(event, Kind::Event, EVENT_MODIFY_STATE, look))
+    {
+        return FALSE;
+    }
+    if ((look.grant & TRAIT_NAMED) != 0)
+    {
+        return change_Named(look, signal);
+    }
+    return Change_Signal_Seen(look, signal) || Fail(ERROR_INVALID_HANDLE);
+}
+
+} // namespace
+
+HANDLE CreateEventW(LPSECURITY_ATTRIBUTES attributes, BOOL manual_reset, BOOL initial_state, LPCWSTR name)
+{
+    return Create_Object({Kind::Event, name, false, manual_reset != 0, initial_state != 0}, attributes);
+}
+
+HANDLE OpenEventW(DWORD access, BOOL inherit, LPCWSTR name)
+{
+    return Open_Object(Kind::Event, access, inherit, name);
+}
+
+BOOL SetEvent(HANDLE event) { return change(event, Signal::Set); }
+
+BOOL ResetEvent(HANDLE event) { return change(event, Signal::Reset); }
+
+BOOL PulseEvent(HANDLE event) { return change(event, Signal::Pulse); }
+
+} // namespace qn_platform

@@ -1,0 +1,174 @@
+#ifndef QNLIB_SRC_PLATFORM_KERNEL_OBJECT_LAYOUT_H
+#define QNLIB_SRC_PLATFORM_KERNEL_OBJECT_LAYOUT_H
+
+#include "platform/kernel/grown_array.h"
+#include "platform/kernel/object.h"
+#include "platform/kernel/thread_record.h"
+
+#include <atomic>
+#include <cstdint>
+
+// How objects and slots of the handle table lie in memory, for the files that implement them.
+//
+// An object's word holds its generation (upper half) and its state (lower half). The generation moves on
+// when the object's memory is set free, so who found the object through a handle changes its state by
+// compare-and-swap with the generation that the handle's slot told, and needs no reference for that: on
+// memory that stands for another object by now the exchange fails.
+//
+// States    | event, thread, process | mutex
+// ----------|------------------------|------------------------------------------------------------
+// bit 0     | set                    | bits 0 to 28: the owner's thread number, 0 when free
+// ABANDONED |                        | free, and its last owner ended without releasing it
+// ORPHAN    |                        | owned, and without a handle: the owner sets the memory free
+// QUEUED    | threads queue; every change of the state takes the dispatcher's lock
+
+namespace qn_platform::kernel
+{
+
+inline constexpr std::uint32_t STATE_SET = 1;
+inline constexpr std::uint32_t STATE_OWNER = 0x1FFFFFFF;
+inline constexpr std::uint32_t STATE_ORPHAN = 0x20000000;
+inline constexpr std::uint32_t STATE_ABANDONED = 0x40000000;
+inline constexpr std::uint32_t STATE_QUEUED = 0x80000000;
+
+constexpr std::uint32_t Get_State(std::uint64_t word) { return static_cast<std::uint32_t>(word); }
+constexpr std::uint32_t Get_Generation(std::uint64_t word) { return static_cast<std::uint32_t>(word >> 32); }
+constexpr std::uint64_t With_State(std::uint64_t word, std::uint32_t state)
+{
+    return (word >> 32 << 32) | state;
+}
+
+// What an object is, told in one number beside the access mask of a slot, whose bits lie below.
+inline constexpr unsigned int TRAIT_KIND_SHIFT = 24;
+inline constexpr std::uint32_t TRAIT_KIND = 0x0F000000;
+inline constexpr std::uint32_t TRAIT_MANUAL = 0x10000000; // taking it changes nothing
+inline constexpr std::uint32_t TRAIT_NAMED = 0x20000000;
+inline constexpr std::uint32_t ACCESS_BITS = 0x00FFFFFF;
+
+constexpr std::uint32_t Get_Traits(Kind kind)
+{
+    const bool bLasts = kind == Kind::Thread || kind == Kind::Process;
+    return static_cast<std::uint32_t>(kind) << TRAIT_KIND_SHIFT | (bLasts ? TRAIT_MANUAL : 0);
+}
+constexpr Kind Get_Kind_Of(std::uint32_t traits)
+{
+    return static_cast<Kind>((traits & TRAIT_KIND) >> TRAIT_KIND_SHIFT);
+}
+
+struct Wait_Node;
+
+struct alignas(64) Object
+{
+    std::atomic<std::uint64_t> word;
+    std::atomic<std::uint32_t> references; // by handles, by waits under way, by its maker; not by its owner
+    std::atomic<std::uint32_t> traits;
+    std::uint32_t recursion; // a mutex's waits of its owner; touched by the owner, or on its behalf
+    std::uint32_t next_free;
+    Object* next_owned; // places in Thread_Record::owned_mutexes
+    Object* previous_owned;
+    union
+    {
+        struct
+        {
+            Wait_Node* first; // guarded by the dispatcher's lock
+            Wait_Node* last;
+        } queue;
+        void (*destroy)(void* record);
+    };
+    std::atomic<void*> record; // a thread's record, a named object, or what New_Record was given
+};
+
+static_assert(sizeof(Object) == 64);
+
+/// A handle's place in the table. The word holds, from the top, the handle's generation (9 bits), the two
+/// flags, the object's index (20 bits, 0 for a free slot) and the object's generation (32 bits).
+struct Slot
+{
+    std::atomic<std::uint64_t> word;
+    std::atomic<std::uint32_t> grant; // access mask and the object's traits
+    std::uint32_t next_free;
+};
+
+inline constexpr std::size_t MOST_OBJECTS = 1u << 20;
+using Object_Array = Grown_Array<Object, MOST_OBJECTS, 64>;
+using Slot_Array = Grown_Array<Slot, MOST_OBJECTS, 256>;
+
+extern Object_Array g_Objects;
+extern Slot_Array g_Slots;
+
+/// What a look at a handle found: the object as it was at that moment.
+struct Look
+{
+    Object* object;
+    std::uint32_t generation;
+    std::uint32_t grant;
+};
+
+inline constexpr unsigned int SLOT_GENERATION_SHIFT = 55;
+inline constexpr std::uint64_t SLOT_INHERIT = 1ull << 52;
+inline constexpr std::uint64_t SLOT_PROTECT = 1ull << 53;
+inline constexpr std::uint32_t SLOT_INDEX = MOST_OBJECTS - 1;
+
+constexpr std::uint32_t Get_Object_Index(std::uint64_t slot_word)
+{
+    return static_cast<std::uint32_t>(slot_word >> 32) & SLOT_INDEX;
+}
+
+/// Whether a slot with this word is open under this value.
+inline bool Is_Open_As(HANDLE handle, std::uint64_t word)
+{
+    return word >> SLOT_GENERATION_SHIFT == reinterpret_cast<std::uintptr_t>(handle) >> 22 &&
+           Get_Object_Index(word) != 0;
+}
+
+/// The slot of a handle's value and its word; null if the value is no open handle.
+inline Slot* Find_Slot(HANDLE handle, std::uint64_t& word)
+{
+    const auto nValue = reinterpret_cast<std::uintptr_t>(handle);
+    const std::size_t nIndex = nValue >> 2 & SLOT_INDEX;
+    if ((nValue & 3) != 0 || nIndex >= g_Slots.Get_Count())
+    {
+        return nullptr;
+    }
+    Slot& slot = g_Slots[nIndex];
+    word = slot.word.load(std::memory_order_acquire);
+    return Is_Open_As(handle, word) ? &slot : nullptr;
+}
+
+/// False for a value that is no open handle (the pseudo handles among them); the last error is left alone.
+inline bool Look_Up(HANDLE handle, Look& look)
+{
+    std::uint64_t nWord;
+    for (;;)
+    {
+        const Slot* const pSlot = Find_Slot(handle, nWord);
+        if (pSlot == nullptr)
+        {
+            return false;
+        }
+        look.grant = pSlot->grant.load(std::memory_order_acquire);
+        if (pSlot->word.load(std::memory_order_relaxed) == nWord) // so both belong together
+        {
+            look.object = &g_Objects[Get_Object_Index(nWord)];
+            look.generation = static_cast<std::uint32_t>(nWord);
+            return true;
+        }
+    }
+}
+
+/// Leaves the last error. False, for the caller to return.
+bool Fail(DWORD code);
+
+/// Look_Up for an operation on one kind of object. False with the last error 6 or 5.
+inline bool Look_Up_For(HANDLE handle, Kind kind, DWORD access, Look& look)
+{
+    if (!Look_Up(handle, look) || Get_Kind_Of(look.grant) != kind) [[unlikely]]
+    {
+        return Fail(ERROR_INVALID_HANDLE);
+    }
+    return (access & ~look.grant) == 0 || Fail(ERROR_ACCESS_DENIED);
+}
+
+} // namespace qn_platform::kernel
+
+#endif

@@ -1,0 +1,166 @@
+#include "platform/kernel/thread_record.h"
+
+#include "platform/kernel/fork.h"
+#include "platform/kernel/local_state.h"
+#include "platform/kernel/named_object.h"
+#include "platform/kernel/object_pool.h"
+#include "platform/kernel/ranked_lock.h"
+#include "platform/system_calls.h"
+
+#include <mutex>
+#include <new>
+
+#include <limits.h>
+#include <pthread.h>
+#include <unistd.h>
+
+namespace qn_platform::kernel
+{
+
+constinit thread_local Thread_Record* g_pCurrent_Thread = nullptr;
+constinit Ranked_Lock g_Records_Lock{Lock_Rank::Records};
+
+namespace
+{
+
+// Guarded by the lock of the records.
+constinit Thread_Record* g_pFree = nullptr;
+constinit Thread_Record* g_pAll = nullptr;
+
+void abandon_Mutexes(Thread_Record& self)
+{
+    while (self.owned_mutexes != nullptr)
+    {
+        Let_Owner_Go(*self.owned_mutexes, self, STATE_ABANDONED);
+    }
+}
+
+void set_Thread_Object(Thread_Record& self)
+{
+    if (self.object != nullptr)
+    {
+        Object_Reference object(std::exchange(self.object, nullptr));
+        object->record.store(nullptr, std::memory_order_release);
+        Change_Signal(*object, Signal::Set);
+    }
+}
+
+void give_Back(Thread_Record& record)
+{
+    const std::lock_guard guard(g_Records_Lock);
+    record.next_free = std::exchange(g_pFree, &record);
+}
+
+void end_Thread(Thread_Record& self)
+{
+    Abandon_Named_Mutexes(self);
+    abandon_Mutexes(self);
+    set_Thread_Object(self);
+    g_pCurrent_Thread = nullptr;
+    give_Back(self);
+}
+
+pthread_key_t get_Key();
+
+/// Destructors of other keys may use the layer still, so the thread's end waits for the last round of them.
+/// (A thread whose first use of the layer is in a destructor may have no round left: it ends unnoticed.)
+void at_Round_Of_Destructors(void* record)
+{
+    Thread_Record& self = *static_cast<Thread_Record*>(record);
+    if (++self.end_rounds == PTHREAD_DESTRUCTOR_ITERATIONS || pthread_setspecific(get_Key(), &self) != 0)
+    {
+        end_Thread(self);
+    }
+}
+
+pthread_key_t get_Key()
+{
+    static const pthread_key_t key = []
+    {
+        pthread_key_t made = 0;
+        return pthread_key_create(&made, at_Round_Of_Destructors) == 0 ? made : PTHREAD_KEYS_MAX;
+    }();
+    return key;
+}
+
+Thread_Record* get_Memory()
+{
+    const std::lock_guard guard(g_Records_Lock);
+    if (g_pFree != nullptr)
+    {
+        return std::exchange(g_pFree, g_pFree->next_free);
+    }
+    void* const pMemory = system_calls.allocate_aligned(alignof(Thread_Record), sizeof(Thread_Record));
+    if (pMemory == nullptr)
+    {
+        return nullptr;
+    }
+    Thread_Record* const pRecord = new (pMemory) Thread_Record;
+    pRecord->next = std::exchange(g_pAll, pRecord);
+    return pRecord;
+}
+
+/// All but the bell, which late wake-ups may still look at, and the place in the list of all.
+void start_Afresh(Thread_Record& record)
+{
+    record.id = static_cast<std::uint32_t>(gettid());
+    record.owned_mutexes = nullptr;
+    record.owned_named = nullptr;
+    record.robust_head = nullptr;
+    record.object = nullptr;
+    record.end_rounds = 0;
+}
+
+} // namespace
+
+Thread_Record* Make_Thread_Record()
+{
+    if (!Watch_Forks() || get_Key() == PTHREAD_KEYS_MAX)
+    {
+        return nullptr;
+    }
+    Thread_Record* const pRecord = get_Memory();
+    if (pRecord == nullptr)
+    {
+        return nullptr;
+    }
+    if (pthread_setspecific(get_Key(), pRecord) != 0)
+    {
+        give_Back(*pRecord);
+        return nullptr;
+    }
+    start_Afresh(*pRecord);
+    g_pCurrent_Thread = pRecord;
+    return pRecord;
+}
+
+Object_Reference Get_Thread_Object(Thread_Record& self)
+{
+    if (self.object == nullptr)
+    {
+        Object_Reference object = New_Object(Get_Traits(Kind::Thread), 0);
+        if (!object)
+        {
+            return object;
+        }
+        object->record.store(&self, std::memory_order_release);
+        self.object = object.Detach();
+    }
+    return Share(*self.object);
+}
+
+void Forget_Threads()
+{
+    if (g_pCurrent_Thread != nullptr)
+    {
+        pthread_setspecific(get_Key(), nullptr);
+        g_pCurrent_Thread = nullptr;
+    }
+    g_pFree = nullptr;
+    for (Thread_Record* pRecord = g_pAll; pRecord != nullptr; pRecord = pRecord->next)
+    {
+        pRecord->next_free = std::exchange(g_pFree, pRecord);
+    }
+}
+
+} // namespace qn_platform::kernel
