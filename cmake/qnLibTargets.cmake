@@ -109,7 +109,8 @@ function(qnlib_add_library)
         add_library(qnLib_static STATIC EXCLUDE_FROM_ALL $<TARGET_OBJECTS:qnLib_static_objects>)
         set_target_properties(qnLib_static_objects PROPERTIES EXCLUDE_FROM_ALL ON)
     else()
-        target_link_options(qnLib PRIVATE -Wl,--as-needed -Wl,-Bsymbolic-functions
+        # Threads that the layer did not make end in its code, so the module stays once it is loaded.
+        target_link_options(qnLib PRIVATE -Wl,--as-needed -Wl,-Bsymbolic-functions -Wl,-z,nodelete
                             "-Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map")
         set_property(TARGET qnLib APPEND PROPERTY LINK_DEPENDS "${PROJECT_SOURCE_DIR}/cmake/exports.map")
         if(NOT QNLIB_SANITIZERS)

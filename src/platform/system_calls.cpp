@@ -3,11 +3,13 @@
 #include <cstdlib>
 
 #include <dlfcn.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 namespace qn_platform
 {
 
-constinit System_Calls system_calls{::readlink, ::realpath, ::access, ::dlopen, ::dlsym, ::dlclose};
+constinit System_Calls system_calls{::readlink, ::realpath, ::access,   ::dlopen,          ::dlsym,
+                                    ::dlclose,  ::mmap,     ::mprotect, std::aligned_alloc};
 
 } // namespace qn_platform

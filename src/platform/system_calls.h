@@ -5,8 +5,9 @@
 
 #include <cstddef>
 
-// The calls to the host system by which modules are found. The layer makes them through this record, so
-// that a test can put one that fails in the place of any of them (while no other thread is in the layer).
+// The calls to the host system by which modules are found and kernel objects get their memory. The layer
+// makes them through this record, so that a test can put one that fails in the place of any of them (while no
+// other thread is in the layer).
 
 namespace qn_platform
 {
@@ -19,6 +20,9 @@ struct System_Calls
     void* (*open_module)(const char* path, int mode);
     void* (*find_symbol)(void* module, const char* name);
     int (*close_module)(void* module);
+    void* (*map_memory)(void* address, std::size_t size, int protection, int flags, int file, off_t offset);
+    int (*protect_memory)(void* address, std::size_t size, int protection);
+    void* (*allocate_aligned)(std::size_t alignment, std::size_t size);
 };
 
 extern System_Calls system_calls;

@@ -29,8 +29,8 @@ constexpr Rights MUTEX_RIGHTS{READ_CONTROL | EVENT_OR_MUTEX_QUERY_STATE, READ_CO
                               READ_CONTROL | SYNCHRONIZE, MUTEX_ALL_ACCESS};
 constexpr Rights THREAD_RIGHTS{READ_CONTROL | 0x48, READ_CONTROL | 0x433, READ_CONTROL | SYNCHRONIZE | 0x800,
                                0x001FFFFF};
-constexpr Rights PROCESS_RIGHTS{READ_CONTROL | 0x410, READ_CONTROL | 0xBEA, READ_CONTROL | SYNCHRONIZE | 0x1001,
-                                0x001FFFFF};
+constexpr Rights PROCESS_RIGHTS{READ_CONTROL | 0x410, READ_CONTROL | 0xBEA,
+                                READ_CONTROL | SYNCHRONIZE | 0x1001, 0x001FFFFF};
 constexpr Rights TOKEN_RIGHTS{READ_CONTROL | 0x8, READ_CONTROL | 0xE0, READ_CONTROL, 0x000F01FF};
 
 const Rights& get_Rights(Kind kind)

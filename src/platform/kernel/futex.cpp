@@ -14,8 +14,8 @@ namespace qn_platform::kernel
 bool Futex_Wait(const std::atomic<std::uint32_t>& word, std::uint32_t expected, const timespec* time)
 {
     const int nSaved = errno;
-    const long nResult = syscall(SYS_futex, &word, FUTEX_WAIT_BITSET_PRIVATE, expected, time, nullptr,
-                                 FUTEX_BITSET_MATCH_ANY);
+    const long nResult =
+        syscall(SYS_futex, &word, FUTEX_WAIT_BITSET_PRIVATE, expected, time, nullptr, FUTEX_BITSET_MATCH_ANY);
     const bool bTime_Passed = nResult == -1 && errno == ETIMEDOUT;
     errno = nSaved;
     return !bTime_Passed;

@@ -21,7 +21,8 @@ namespace
 
 constexpr DWORD PROCESS_DUP_HANDLE = 0x40;
 
-/// For tokens a duplicate has no right that its source lacks: a token may have been made for some rights only.
+/// For tokens a duplicate has no right that its source lacks: a token may have been made for some rights
+/// only.
 bool can_Be_Granted(Kind kind, DWORD wanted, DWORD held)
 {
     return kind != Kind::Token || (wanted & ~held) == 0;
@@ -56,8 +57,8 @@ BOOL duplicate(const Found& source, LPHANDLE target, DWORD access, BOOL inherit,
 
 BOOL CloseHandle(HANDLE handle) { return Is_Pseudo(handle) || Close_Handle(handle); }
 
-BOOL DuplicateHandle(HANDLE source_process, HANDLE source, HANDLE target_process, LPHANDLE target, DWORD access,
-                     BOOL inherit, DWORD options)
+BOOL DuplicateHandle(HANDLE source_process, HANDLE source, HANDLE target_process, LPHANDLE target,
+                     DWORD access, BOOL inherit, DWORD options)
 {
     // There are no handles to other processes.
     if (!Find_Object(source_process, Kind::Process, PROCESS_DUP_HANDLE) ||
@@ -119,8 +120,8 @@ BOOL SetHandleInformation(HANDLE handle, DWORD mask, DWORD flags)
         {
             return Fail(ERROR_INVALID_HANDLE);
         }
-    } while (!pSlot->word.compare_exchange_weak(
-        nWord, (nWord & ~get_Bits(mask)) | get_Bits(flags & mask), std::memory_order_acq_rel));
+    } while (!pSlot->word.compare_exchange_weak(nWord, (nWord & ~get_Bits(mask)) | get_Bits(flags & mask),
+                                                std::memory_order_acq_rel));
     return TRUE;
 }
 

@@ -3,7 +3,10 @@
 namespace qn_platform::kernel
 {
 
-Named_Answer Create_Named(const Named_Request&, Thread_Record&) { return {nullptr, ERROR_CALL_NOT_IMPLEMENTED}; }
+Named_Answer Create_Named(const Named_Request&, Thread_Record&)
+{
+    return {nullptr, ERROR_CALL_NOT_IMPLEMENTED};
+}
 
 Named_Answer Open_Named(Kind, LPCWSTR) { return {nullptr, ERROR_CALL_NOT_IMPLEMENTED}; }
 

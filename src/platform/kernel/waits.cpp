@@ -145,10 +145,20 @@ struct Quick_Answer
     unsigned int index;
 };
 
-bool look_Up_Local(HANDLE handle, Look& look)
+bool look_Up_Waitable(HANDLE handle, Look& look)
 {
-    return Look_Up(handle, look) && (look.grant & TRAIT_NAMED) == 0 &&
-           check_Waitable(Get_Kind_Of(look.grant), look.grant) == ERROR_SUCCESS;
+    return Look_Up(handle, look) && check_Waitable(Get_Kind_Of(look.grant), look.grant) == ERROR_SUCCESS;
+}
+
+[[gnu::noinline]] Took take_Named(const Look& look, Thread_Record& self)
+{
+    const Object_Reference object = Get_Reference(look);
+    bool bAbandoned = false;
+    if (!object || !Try_Take_Named(*Get_Named(*object), self, bAbandoned))
+    {
+        return object ? Took::Nothing : Took::Stale;
+    }
+    return bAbandoned ? Took::Abandoned : Took::Plain;
 }
 
 /// The first of the objects before `end` that can be taken; `end` if there is none.
@@ -186,7 +196,7 @@ Quick_Answer take_First(std::span<const HANDLE> handles, Thread_Record& self)
     Look looks[MAXIMUM_WAIT_OBJECTS];
     for (std::size_t i = 0; i < handles.size(); ++i)
     {
-        if (!look_Up_Local(handles[i], looks[i]))
+        if (!look_Up_Waitable(handles[i], looks[i]) || (looks[i].grant & TRAIT_NAMED) != 0)
         {
             return {Took::Stale, 0};
         }
@@ -195,7 +205,8 @@ Quick_Answer take_First(std::span<const HANDLE> handles, Thread_Record& self)
 }
 
 /// The rest of a wait for any that has tried quickly.
-inline DWORD go_On(Quick_Answer quick, std::span<const HANDLE> handles, DWORD milliseconds, Thread_Record& self)
+inline DWORD go_On(Quick_Answer quick, std::span<const HANDLE> handles, DWORD milliseconds,
+                   Thread_Record& self)
 {
     switch (quick.took)
     {
@@ -225,7 +236,12 @@ DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds)
         return fail_Wait(ERROR_NOT_ENOUGH_MEMORY);
     }
     Look look;
-    const Took took = look_Up_Local(handle, look) ? Try_Take_Seen(look, *pSelf) : Took::Stale;
+    Took took = Took::Stale;
+    if (look_Up_Waitable(handle, look))
+    {
+        const bool bNamed = (look.grant & TRAIT_NAMED) != 0;
+        took = bNamed ? take_Named(look, *pSelf) : Try_Take_Seen(look, *pSelf);
+    }
     return go_On({took, 0}, {&handle, 1}, milliseconds, *pSelf);
 }
 
