@@ -4,6 +4,7 @@
 #include "platform/kernel/handle_table.h"
 #include "platform/kernel/local_state.h"
 #include "platform/kernel/named_object.h"
+#include "platform/kernel/named_registry.h"
 #include "platform/kernel/object_pool.h"
 
 #include <pthread.h>
@@ -20,6 +21,7 @@ namespace
 
 void before_Fork()
 {
+    Lock_Named_Objects();
     g_Dispatcher.lock();
     g_Records_Lock.lock();
     g_Table_Lock.lock();
@@ -30,6 +32,7 @@ void after_Fork()
     g_Table_Lock.unlock();
     g_Records_Lock.unlock();
     g_Dispatcher.unlock();
+    Unlock_Named_Objects();
 }
 
 void after_Fork_In_Child()

@@ -1,0 +1,186 @@
+#include "platform/kernel/named_name.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <string_view>
+
+#include <climits>
+#include <sys/stat.h>
+
+namespace qn_platform::kernel
+{
+
+namespace
+{
+
+constexpr DWORD NO_SUCH_PATH = 3;
+constexpr DWORD INVALID_NAME = 123;
+constexpr DWORD NAME_TOO_LONG = 206;
+
+/// The session by the kernel's audit; a process without one counts as a service's, session 0.
+unsigned int read_Session()
+{
+    constexpr unsigned int UNSET = 0xFFFFFFFF;
+    unsigned int nSession = UNSET;
+    if (FILE* const pFile = std::fopen("/proc/self/sessionid", "re"))
+    {
+        if (std::fscanf(pFile, "%u", &nSession) != 1)
+        {
+            nSession = UNSET;
+        }
+        std::fclose(pFile);
+    }
+    return nSession == UNSET ? 0 : nSession;
+}
+
+unsigned long long read_Process_Space()
+{
+    struct stat status = {};
+    return ::stat("/proc/self/ns/pid", &status) == 0 ? status.st_ino : 0;
+}
+
+/// Both are the process's own from its start; a forked child has its parent's.
+struct Prefixes
+{
+    Prefixes()
+    {
+        std::snprintf(all, sizeof all, "qnlib.%llu.", read_Process_Space());
+        std::snprintf(machine, sizeof machine, "%sg.", all);
+        std::snprintf(session, sizeof session, "%ss%u.", all, read_Session());
+    }
+
+    char all[40];
+    char machine[60];
+    char session[60];
+};
+
+const Prefixes& get_Prefixes()
+{
+    static const Prefixes prefixes;
+    return prefixes;
+}
+
+/// The unit count of a text, at most one more than a name may have.
+std::size_t measure(const wchar_t* text)
+{
+    std::size_t nLength = 0;
+    while (nLength <= MOST_NAME_UNITS && text[nLength] != 0)
+    {
+        ++nLength;
+    }
+    return nLength;
+}
+
+bool skip_Prefix(const wchar_t*& text, std::size_t& length, std::string_view prefix)
+{
+    if (length < prefix.size())
+    {
+        return false;
+    }
+    for (std::size_t i = 0; i < prefix.size(); ++i)
+    {
+        if (text[i] != static_cast<wchar_t>(prefix[i]))
+        {
+            return false;
+        }
+    }
+    text += prefix.size();
+    length -= prefix.size();
+    return true;
+}
+
+bool stands_For_Itself(wchar_t unit)
+{
+    return (unit >= 'a' && unit <= 'z') || (unit >= 'A' && unit <= 'Z') || (unit >= '0' && unit <= '9') ||
+           unit == '-' || unit == '_' || unit == '{' || unit == '}';
+}
+
+std::uint64_t hash_Units(const wchar_t* text, std::size_t length, std::uint64_t seed)
+{
+    std::uint64_t nHash = seed;
+    for (std::size_t i = 0; i < length; ++i)
+    {
+        nHash = (nHash ^ text[i]) * 0x9E3779B97F4A7C15;
+        nHash ^= nHash >> 29;
+    }
+    nHash = (nHash ^ (nHash >> 32)) * 0xD6E8FEB86659FD93;
+    return nHash ^ (nHash >> 32);
+}
+
+/// False when there is not enough room.
+bool spell_Out(const wchar_t* text, std::size_t length, char* target, std::size_t room)
+{
+    for (std::size_t i = 0; i < length; ++i)
+    {
+        const std::size_t nNeed = stands_For_Itself(text[i]) ? 1 : 5;
+        if (room <= nNeed)
+        {
+            return false;
+        }
+        if (nNeed == 1)
+        {
+            *target = static_cast<char>(text[i]);
+        }
+        else
+        {
+            std::snprintf(target, room, "%%%04X", static_cast<unsigned int>(text[i]));
+        }
+        target += nNeed;
+        room -= nNeed;
+    }
+    *target = 0;
+    return true;
+}
+
+void write_Path(Object_Name& parsed, const char* prefix)
+{
+    const int nStart = std::snprintf(parsed.path, sizeof parsed.path, "%s/%s", NAMED_FOLDER, prefix);
+    char* const pTarget = parsed.path + nStart;
+    const std::size_t nRoom = sizeof NAMED_FOLDER + NAME_MAX + 1 - static_cast<std::size_t>(nStart);
+    if (!spell_Out(parsed.text, parsed.length, pTarget, nRoom))
+    {
+        std::snprintf(pTarget, nRoom, "#%016llX%016llX",
+                      static_cast<unsigned long long>(hash_Units(parsed.text, parsed.length, 1)),
+                      static_cast<unsigned long long>(hash_Units(parsed.text, parsed.length, 2)));
+    }
+    parsed.hash = 0;
+    for (const char* pNext = parsed.path; *pNext != 0; ++pNext)
+    {
+        parsed.hash = (parsed.hash ^ static_cast<unsigned char>(*pNext)) * 0x01000193;
+    }
+}
+
+} // namespace
+
+DWORD Parse_Object_Name(LPCWSTR name, Object_Name& parsed)
+{
+    parsed.text = name;
+    parsed.length = measure(name);
+    if (parsed.length > MOST_NAME_UNITS)
+    {
+        return NAME_TOO_LONG;
+    }
+    const bool bMachine = skip_Prefix(parsed.text, parsed.length, "Global\\");
+    if (!bMachine)
+    {
+        skip_Prefix(parsed.text, parsed.length, "Local\\");
+    }
+    if (parsed.length == 0)
+    {
+        return INVALID_NAME;
+    }
+    for (std::size_t i = 0; i < parsed.length; ++i)
+    {
+        if (parsed.text[i] == '\\')
+        {
+            return NO_SUCH_PATH;
+        }
+    }
+    write_Path(parsed, bMachine ? get_Prefixes().machine : get_Prefixes().session);
+    return 0;
+}
+
+const char* Get_File_Prefix() { return get_Prefixes().all; }
+
+} // namespace qn_platform::kernel
