@@ -15,6 +15,9 @@
 #endif
 #include <windows.h>
 
+#include <dpapi.h>
+#include <wincrypt.h>
+
 #include <locale.h>
 #include <stdio.h>
 #include <wchar.h>
@@ -25,6 +28,7 @@
 #error "qnLib needs a 16-bit wchar_t: compile with -fshort-wchar (the CMake target and the .pc file carry it)"
 #endif
 
+#include "platform/crypt.h"
 #include "platform/kernel.h"
 #include "platform/modules.h"
 #include "platform/text.h"
