@@ -1,6 +1,7 @@
 #include "foundation/buffer.h"
 
 #include "foundation/alloc.h"
+#include "foundation/copy_bytes.h"
 
 #include <algorithm>
 #include <cstring>
@@ -80,10 +81,7 @@ void Lib_Buffer::Set_Size(unsigned long long nSize) noexcept
         return;
     }
     const unsigned long long nKept = std::min(m_nSize, nSize);
-    if (nKept != 0)
-    {
-        std::memcpy(pNew, m_pData, nKept);
-    }
+    copy_Bytes(pNew, m_pData, nKept);
     if (nSize > nKept)
     {
         std::memset(pNew + nKept, 0, nSize - nKept);
@@ -109,11 +107,8 @@ void Lib_Buffer::Append(const void* pData, unsigned long long nSize) noexcept
     {
         return;
     }
-    std::memcpy(pNew, m_pData, m_nSize);
-    if (nSize != 0)
-    {
-        std::memcpy(pNew + m_nSize, pData, nSize);
-    }
+    copy_Bytes(pNew, m_pData, m_nSize);
+    copy_Bytes(pNew + m_nSize, pData, nSize);
     Attach(pNew, m_nSize + nSize);
 }
 
@@ -134,7 +129,7 @@ void Lib_Buffer::Attach_Copy(const void* pData, unsigned long long nSize) noexce
     void* pNew = Lib_Alloc(false, nSize);
     if (pNew != nullptr)
     {
-        std::memcpy(pNew, pData, nSize);
+        copy_Bytes(pNew, pData, nSize);
         Attach(pNew, nSize);
     }
 }

@@ -1,6 +1,7 @@
 #include "protected/protected_buffer.h"
 
 #include "foundation/alloc.h"
+#include "foundation/copy_bytes.h"
 #include "lib_platform.h"
 
 #include <cstring>
@@ -25,20 +26,31 @@ bool fits_The_Cipher(unsigned long long nImage) noexcept
     return nImage <= std::numeric_limits<DWORD>::max();
 }
 
+/// Gives an image its size. A new block is zeros but for what it is about to be filled with anyway.
+bool resize(Lib_Buffer& Image, unsigned long long nImage) noexcept
+{
+    if (Image.Get_Size() != 0)
+    {
+        Image.Set_Size(nImage);
+    }
+    else if (auto* pImage = static_cast<unsigned char*>(Lib_Alloc(false, nImage)))
+    {
+        std::memset(pImage + nImage - Block, 0, Block);
+        Image.Attach(pImage, nImage);
+    }
+    return Image.Get_Size() == nImage;
+}
+
 bool prepare(const Lib_Buffer& Plain, Lib_Buffer& Image) noexcept
 {
     const unsigned long long nPlain = Plain.Get_Size();
     const unsigned long long nImage = image_Size(nPlain);
-    if (nImage == 0)
-        return false;
-    Image.Set_Size(nImage);
-    if (Image.Get_Size() != nImage)
+    if (nImage == 0 || !resize(Image, nImage))
         return false;
     // Both targets have the low byte first.
     auto* pImage = static_cast<unsigned char*>(Image.Get_Ptr());
     std::memcpy(pImage, &nPlain, Length_Size);
-    if (nPlain != 0)
-        std::memcpy(pImage + Length_Size, Plain.Get_Ptr(), nPlain);
+    copy_Bytes(pImage + Length_Size, Plain.Get_Ptr(), nPlain);
     return true;
 }
 
@@ -66,12 +78,11 @@ bool extract(const Lib_Buffer& Deciphered, Lib_Buffer& Plain) noexcept
     std::memcpy(&nPlain, pImage, Length_Size);
     if (nPlain > Deciphered.Get_Size() - Length_Size)
         return false;
-    Plain.Set_Size(nPlain);
-    if (Plain.Get_Size() != nPlain)
-        return false;
-    if (nPlain != 0)
-        std::memcpy(Plain.Get_Ptr(), pImage + Length_Size, nPlain);
-    return true;
+    if (Plain.Get_Size() == nPlain)
+        copy_Bytes(Plain.Get_Ptr(), pImage + Length_Size, nPlain);
+    else // all bytes are replaced, so none needs to be kept
+        Plain.Attach_Copy(pImage + Length_Size, nPlain);
+    return Plain.Get_Size() == nPlain;
 }
 
 /// False if the content cannot be had. An image of a wrong size has none, and leaves Plain alone.

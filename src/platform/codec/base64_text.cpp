@@ -126,6 +126,11 @@ void Read_Text(std::string_view text, unsigned char* bytes, std::size_t size)
     unsigned int waiting = 0; // bits of a group that is begun
     while (bytes != end)
     {
+        if (Is_Blank(*at))
+        {
+            ++at;
+            continue;
+        }
         if (waiting == 0)
         {
             const auto rest = static_cast<std::size_t>(text.data() + text.size() - at);
@@ -138,11 +143,12 @@ void Read_Text(std::string_view text, unsigned char* bytes, std::size_t size)
                 return;
             }
         }
-        const unsigned char value = Value(*at++);
+        const unsigned char value = Value(*at);
         if (value == NO_DIGIT)
         {
-            continue; // white space: it has been measured
+            continue; // a blank that the last groups ended before
         }
+        ++at;
         bits = bits << 6 | value;
         waiting += 6;
         if (waiting > 6)

@@ -1,0 +1,148 @@
+#include "lib_platform.h"
+#include "lib_protected.h"
+#include "test_text.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+constexpr unsigned long PLAIN = CRYPT_STRING_BASE64 | CRYPT_STRING_NOCRLF;
+
+Lib_Buffer To_Buffer(const std::string& text)
+{
+    Lib_Buffer buffer;
+    buffer.Attach_Copy(text.data(), text.size());
+    return buffer;
+}
+
+std::string To_Text(const Lib_Buffer& buffer)
+{
+    return {static_cast<const char*>(buffer.Get_Ptr()), static_cast<std::size_t>(buffer.Get_Size())};
+}
+
+std::string Encoded(const std::string& bytes, unsigned long nFlags)
+{
+    Lib_Buffer output;
+    EXPECT_TRUE(base64_encode(To_Buffer(bytes), output, nFlags));
+    return To_Text(output);
+}
+
+std::string Decoded(const std::string& text, unsigned long nFlags)
+{
+    Lib_Buffer output = To_Buffer("old content");
+    EXPECT_TRUE(base64_decode(text, output, nFlags)) << text;
+    return To_Text(output);
+}
+
+void Expect_Refused(const std::string& text, unsigned long nFlags)
+{
+    SCOPED_TRACE(text);
+    Lib_Buffer output = To_Buffer("old content");
+    EXPECT_FALSE(base64_decode(text, output, nFlags));
+    EXPECT_FALSE(base64_decode(To_Buffer(text), output, nFlags));
+    EXPECT_EQ("old content", To_Text(output));
+}
+
+std::string With_Nul(std::string text) { return text + '\0'; }
+
+} // namespace
+
+TEST(Base64, Has_The_Known_Texts)
+{
+    const std::pair<const char*, const char*> vectors[] = {{"f", "Zg=="},         {"fo", "Zm8="},
+                                                           {"foo", "Zm9v"},       {"foob", "Zm9vYg=="},
+                                                           {"fooba", "Zm9vYmE="}, {"foobar", "Zm9vYmFy"}};
+    for (const auto& [pBytes, pText] : vectors)
+    {
+        EXPECT_EQ(With_Nul(pText), Encoded(pBytes, PLAIN));
+        EXPECT_EQ(pBytes, Decoded(pText, PLAIN));
+    }
+    EXPECT_EQ(With_Nul("+/+/\r\n"), Encoded("\xFB\xFF\xBF", CRYPT_STRING_BASE64));
+    EXPECT_EQ(With_Nul("AAAA\n"), Encoded(std::string(3, '\0'), CRYPT_STRING_BASE64 | CRYPT_STRING_NOCR));
+}
+
+TEST(Base64, Breaks_Lines_After_64_Characters)
+{
+    const std::string line(64, 'A');
+    EXPECT_EQ(With_Nul(line + "\r\n"), Encoded(std::string(48, '\0'), CRYPT_STRING_BASE64));
+    EXPECT_EQ(With_Nul(line + "\r\nAA==\r\n"), Encoded(std::string(49, '\0'), CRYPT_STRING_BASE64));
+    EXPECT_EQ(With_Nul("-----BEGIN CERTIFICATE-----\n" + line + "\n-----END CERTIFICATE-----\n"),
+              Encoded(std::string(48, '\0'), CRYPT_STRING_BASE64HEADER | CRYPT_STRING_NOCR));
+}
+
+TEST(Base64, Gives_Back_What_Was_Encoded_In_Each_Form)
+{
+    std::minstd_rand random(3);
+    for (const unsigned long nForm : {CRYPT_STRING_BASE64HEADER, CRYPT_STRING_BASE64, CRYPT_STRING_BINARY,
+                                      CRYPT_STRING_BASE64REQUESTHEADER, CRYPT_STRING_BASE64X509CRLHEADER})
+    {
+        for (const unsigned long nEnd : {0UL, 0UL + CRYPT_STRING_NOCRLF, 0UL + CRYPT_STRING_NOCR})
+        {
+            for (std::size_t nSize = 1; nSize < 200; nSize += 1 + random() % 4)
+            {
+                std::string bytes(nSize, '\0');
+                for (char& byte : bytes)
+                    byte = static_cast<char>(random());
+                std::string text = Encoded(bytes, nForm | nEnd);
+                if (nForm != CRYPT_STRING_BINARY)
+                {
+                    ASSERT_EQ('\0', text.back());
+                    text.pop_back();
+                }
+                ASSERT_EQ(bytes, Decoded(text, nForm)) << text;
+            }
+        }
+    }
+}
+
+TEST(Base64, Takes_Pointers_And_Buffers_Alike)
+{
+    Lib_Buffer output(1000);
+    const std::string bytes("any bytes");
+    ASSERT_TRUE(
+        base64_encode(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), output, PLAIN));
+    EXPECT_EQ(With_Nul("YW55IGJ5dGVz"), To_Text(output)) << "exactly as long as the text and its NUL";
+
+    output.Set_Size(output.Get_Size() - 1);
+    ASSERT_TRUE(base64_decode(output, output, PLAIN)) << "into itself";
+    EXPECT_EQ(bytes, To_Text(output));
+    ASSERT_TRUE(base64_encode(output, output, PLAIN));
+    EXPECT_EQ(With_Nul("YW55IGJ5dGVz"), To_Text(output));
+}
+
+TEST(Base64, Leaves_The_Output_When_The_Platform_Refuses)
+{
+    for (const char* pText : {"Zm9*", "Z=g=", "Zg=", "\xE9", "Zm9vYmFy!"})
+        Expect_Refused(pText, CRYPT_STRING_BASE64);
+    Expect_Refused(With_Nul("Zm9v"), CRYPT_STRING_BASE64);
+    Expect_Refused("Zm9v", CRYPT_STRING_BASE64HEADER);
+    Expect_Refused("-----BEGIN X-----\r\nZm9v\r\n", CRYPT_STRING_BASE64HEADER);
+    Expect_Refused("Zm9v", 0x77);
+    Expect_Refused("", CRYPT_STRING_BASE64);
+
+    Lib_Buffer output = To_Buffer("old content");
+    EXPECT_FALSE(base64_encode(Lib_Buffer(), output, PLAIN));
+    EXPECT_FALSE(base64_encode(To_Buffer("x"), output, CRYPT_STRING_ANY));
+    EXPECT_EQ(To_Buffer("old content"), output);
+}
+
+TEST(Base64, Refuses_Input_Of_4_GiB)
+{
+    // The sizes lie; what is there must not be read. On the platform only their low 32 bits would count.
+    char text[] = "Zm9v";
+    Lib_Buffer output = To_Buffer("old content");
+    Lib_Buffer input;
+    input.Attach(text, 0x100000004);
+    EXPECT_FALSE(base64_decode(input, output, PLAIN));
+    EXPECT_FALSE(base64_encode(input, output, PLAIN));
+    EXPECT_FALSE(base64_encode(reinterpret_cast<unsigned char*>(text), 0x100000000, output, PLAIN));
+    void* pBlock = nullptr;
+    unsigned long long nSize = 0;
+    input.Detach(&pBlock, &nSize);
+    EXPECT_EQ("old content", To_Text(output));
+}

@@ -1,0 +1,37 @@
+#ifndef QNLIB_TEST_PROTECTED_PROBE_H
+#define QNLIB_TEST_PROTECTED_PROBE_H
+
+#include "lib_foundation.h"
+#include "lib_protected.h"
+
+#include <string>
+
+// A protected buffer that shows its image and the operations for derived classes.
+class Open_Buffer : public Lib_Protected_Buffer
+{
+public:
+    using Lib_Protected_Buffer::alloc;
+    using Lib_Protected_Buffer::free;
+    using Lib_Protected_Buffer::init;
+    using Lib_Protected_Buffer::Lib_Protected_Buffer;
+    using Lib_Protected_Buffer::m_Image;
+    using Lib_Protected_Buffer::operator=;
+    using Lib_Protected_Buffer::st_Decipher_Data;
+    using Lib_Protected_Buffer::st_Encipher_Data;
+    using Lib_Protected_Buffer::st_Extract_Data_From_Deciphered_Buffer;
+    using Lib_Protected_Buffer::st_Prepare_Buffer_To_Encipher;
+};
+
+inline Lib_Buffer To_Buffer(const std::string& text)
+{
+    Lib_Buffer buffer;
+    buffer.Attach_Copy(text.data(), text.size());
+    return buffer;
+}
+
+inline std::string To_Text(const Lib_Buffer& buffer)
+{
+    return {static_cast<const char*>(buffer.Get_Ptr()), static_cast<std::size_t>(buffer.Get_Size())};
+}
+
+#endif
