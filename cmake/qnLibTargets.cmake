@@ -79,7 +79,20 @@ function(qnlib_client_interface target)
     qnlib_include_directories(${target})
     if(WIN32)
         target_link_libraries(${target} PRIVATE user32 advapi32)
+        qnlib_link_at_first_use(${target} crypt32)
     endif()
+endfunction()
+
+# Links a module of Windows that is loaded when one of its functions, which cmake/<module>.def lists, is called
+# for the first time: a process that never does so does not have it.
+function(qnlib_link_at_first_use target module)
+    set(definition "${PROJECT_SOURCE_DIR}/cmake/${module}.def")
+    set(library "${PROJECT_BINARY_DIR}/generated/lib${module}_at_first_use.a")
+    set_property(DIRECTORY "${PROJECT_SOURCE_DIR}" APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${definition}")
+    file(MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/generated")
+    execute_process(COMMAND "${CMAKE_DLLTOOL}" --input-def "${definition}" --output-delaylib "${library}"
+                    COMMAND_ERROR_IS_FATAL ANY)
+    target_link_libraries(${target} PRIVATE "${library}")
 endfunction()
 
 # qnLib, the module that is installed, and qnLib_static, which only tests and fuzz targets link: they reach

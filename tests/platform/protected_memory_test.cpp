@@ -1,0 +1,207 @@
+#include "lib_platform.h"
+#include "platform/providers/crypt32/key_page.h"
+#include "platform/system_calls.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <sys/mman.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+// The cipher behind protected memory. What fails only before the key is there runs in a fresh process.
+
+namespace
+{
+
+std::string Turned(std::string bytes, BOOL (*turn)(LPVOID, DWORD, DWORD))
+{
+    EXPECT_TRUE(turn(bytes.data(), static_cast<DWORD>(bytes.size()), 0)) << "last error " << GetLastError();
+    return bytes;
+}
+
+std::string Protected(const std::string& bytes) { return Turned(bytes, CryptProtectMemory); }
+std::string Unprotected(const std::string& bytes) { return Turned(bytes, CryptUnprotectMemory); }
+
+/// The provider's record of system calls; the provider is loaded by that, but has no key yet.
+qn_crypt32::System_Calls& Provider_Calls()
+{
+    return *reinterpret_cast<qn_crypt32::System_Calls*>(
+        GetProcAddress(LoadLibraryW(L"crypt32"), "qn_crypt32_system_calls"));
+}
+
+/// Whether the first call fails as it should and leaves the data alone, and the next one, with the system as
+/// it is, succeeds.
+bool Fails_Then_Recovers(DWORD error)
+{
+    const qn_crypt32::System_Calls changed = Provider_Calls();
+    std::string data(32, 'x');
+    const bool failed = !CryptProtectMemory(data.data(), 32, 0) && GetLastError() == error;
+    const bool untouched = data == std::string(32, 'x');
+    Provider_Calls() = {::mmap, ::munmap, ::madvise, ::mlock, ::mprotect, changed.get_random};
+    Provider_Calls().get_random = [](void* target, std::size_t size, unsigned int) -> ssize_t
+    {
+        static unsigned char next = 0;
+        static bool interrupted = false;
+        if (!std::exchange(interrupted, !interrupted))
+        {
+            errno = EINTR;
+            return -1;
+        }
+        const std::size_t some = std::min<std::size_t>(size, 7); // fewer than asked for
+        std::generate_n(static_cast<unsigned char*>(target), some, [] { return ++next; });
+        return static_cast<ssize_t>(some);
+    };
+    const bool recovered = CryptProtectMemory(data.data(), 32, 0) && data != std::string(32, 'x') &&
+                           CryptUnprotectMemory(data.data(), 32, 0) && data == std::string(32, 'x');
+    return failed && untouched && recovered;
+}
+
+void Exit_With(bool right)
+{
+    if (testing::Test::HasFailure())
+        right = false;
+    _exit(right ? 0 : 1);
+}
+
+class Protected_Memory : public testing::Test
+{
+protected:
+    void SetUp() override { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+};
+
+} // namespace
+
+TEST_F(Protected_Memory, Comes_Back_As_It_Was)
+{
+    for (const std::size_t size :
+         {16u, 32u, 48u, 256u, 65536u, (1u << 24) - 16, 1u << 24, (1u << 24) + 16, 3u << 24})
+    {
+        const std::string plain(size, 'p');
+        const std::string image = Protected(plain);
+        EXPECT_TRUE(image != plain) << size;
+        EXPECT_TRUE(Unprotected(image) == plain) << size;
+    }
+    EXPECT_EQ("", Protected(""));
+}
+
+TEST_F(Protected_Memory, Hides_What_Repeats)
+{
+    const std::string image = Protected(std::string(1 << 16, '\0'));
+    std::vector<std::string> blocks;
+    for (std::size_t i = 0; i < image.size(); i += 16)
+        blocks.push_back(image.substr(i, 16));
+    std::sort(blocks.begin(), blocks.end());
+    EXPECT_EQ(blocks.end(), std::adjacent_find(blocks.begin(), blocks.end())) << "equal blocks are seen";
+
+    // Past the first 16 MiB too, where the mode begins anew.
+    const std::string huge = Protected(std::string((1u << 24) + 16, '\0'));
+    EXPECT_NE(huge.substr(0, 16), huge.substr(1u << 24));
+    EXPECT_EQ(huge.substr(0, 1 << 16), image) << "the same bytes, the same image";
+}
+
+TEST_F(Protected_Memory, Refuses_Arguments)
+{
+    std::array<char, 32> data{};
+    for (BOOL (*turn)(LPVOID, DWORD, DWORD) : {CryptProtectMemory, CryptUnprotectMemory})
+    {
+        const auto Expect_Error = [&](DWORD error, void* target, DWORD size, DWORD flags)
+        {
+            SetLastError(ERROR_SUCCESS);
+            EXPECT_FALSE(turn(target, size, flags));
+            EXPECT_EQ(error, GetLastError());
+        };
+        for (const DWORD size : {1u, 15u, 17u, 31u})
+            Expect_Error(ERROR_INVALID_PARAMETER, data.data(), size, 0);
+        Expect_Error(ERROR_INVALID_PARAMETER, nullptr, 16, 0);
+        Expect_Error(ERROR_INVALID_PARAMETER, data.data(), 16, 4);
+        Expect_Error(ERROR_NOT_SUPPORTED, data.data(), 16, CRYPTPROTECTMEMORY_CROSS_PROCESS);
+        Expect_Error(ERROR_NOT_SUPPORTED, data.data(), 16, CRYPTPROTECTMEMORY_SAME_LOGON);
+    }
+    EXPECT_EQ((std::array<char, 32>{}), data);
+}
+
+TEST_F(Protected_Memory, Is_Read_By_A_Forked_Child)
+{
+    const std::string image = Protected("inherited secret");
+    const pid_t child = fork();
+    if (child == 0)
+    {
+        std::string copy = image;
+        const bool right = CryptUnprotectMemory(copy.data(), 16, 0) && copy == "inherited secret";
+        _exit(right ? 0 : 1);
+    }
+    int status = -1;
+    ASSERT_EQ(child, waitpid(child, &status, 0));
+    EXPECT_EQ(0, status);
+}
+
+TEST_F(Protected_Memory, Fails_Without_Its_Provider)
+{
+    EXPECT_EXIT(
+        {
+            system_calls.open_module = [](const char*, int) -> void* { return nullptr; };
+            std::string data(16, 'x');
+            const bool failed =
+                !CryptProtectMemory(data.data(), 16, 0) && GetLastError() == ERROR_MOD_NOT_FOUND;
+            Exit_With(failed && data == std::string(16, 'x'));
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+TEST_F(Protected_Memory, Fails_Without_A_Key_And_Tries_Again)
+{
+    EXPECT_EXIT(
+        {
+            Provider_Calls().map = [](void*, std::size_t, int, int, int, off_t) { return MAP_FAILED; };
+            Exit_With(Fails_Then_Recovers(ERROR_NOT_ENOUGH_MEMORY));
+        },
+        testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(
+        {
+            Provider_Calls().get_random = [](void*, std::size_t, unsigned int) -> ssize_t
+            {
+                errno = ENOSYS;
+                return -1;
+            };
+            Exit_With(Fails_Then_Recovers(ERROR_GEN_FAILURE));
+        },
+        testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(
+        {
+            Provider_Calls().advise = [](void*, std::size_t, int) { return -1; };
+            Exit_With(Fails_Then_Recovers(ERROR_GEN_FAILURE));
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+TEST_F(Protected_Memory, Does_Without_A_Locked_Page)
+{
+    EXPECT_EXIT(
+        {
+            Provider_Calls().lock = [](const void*, std::size_t) { return -1; };
+            Exit_With(Unprotected(Protected(std::string(48, 'x'))) == std::string(48, 'x'));
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+TEST_F(Protected_Memory, Has_One_Key_For_Threads_That_Come_Together)
+{
+    EXPECT_EXIT(
+        {
+            std::vector<std::string> images(8);
+            std::vector<std::thread> threads;
+            for (std::string& image : images)
+                threads.emplace_back([&] { image = Protected(std::string(16, 'x')); });
+            for (std::thread& thread : threads)
+                thread.join();
+            Exit_With(std::count(images.begin(), images.end(), images.front()) == 8);
+        },
+        testing::ExitedWithCode(0), "");
+}
