@@ -17,6 +17,7 @@
 
 #include <dpapi.h>
 #include <wincrypt.h>
+#include <objbase.h>
 
 #include <locale.h>
 #include <stdio.h>
@@ -29,6 +30,7 @@
 #endif
 
 #include "platform/crypt.h"
+#include "platform/guid.h"
 #include "platform/kernel.h"
 #include "platform/modules.h"
 #include "platform/text.h"

@@ -5,9 +5,9 @@
 
 #include <cstddef>
 
-// The calls to the host system by which modules are found and kernel objects get their memory. The layer
-// makes them through this record, so that a test can put one that fails in the place of any of them (while no
-// other thread is in the layer).
+// Calls to the host system that may fail in ways that a test wants to see. The layer makes them through this
+// record, so that a test can put one that fails in the place of any of them (while no other thread is in the
+// layer).
 
 namespace qn_platform
 {
@@ -23,6 +23,7 @@ struct System_Calls
     void* (*map_memory)(void* address, std::size_t size, int protection, int flags, int file, off_t offset);
     int (*protect_memory)(void* address, std::size_t size, int protection);
     void* (*allocate_aligned)(std::size_t alignment, std::size_t size);
+    ssize_t (*get_random)(void* bytes, std::size_t size, unsigned int flags);
 };
 
 extern System_Calls system_calls;

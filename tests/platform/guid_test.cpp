@@ -1,0 +1,62 @@
+#include "lib_platform.h"
+#include "platform/system_calls.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace
+{
+
+int s_nCalls = 0;
+
+class Guid_Drawing : public testing::Test
+{
+protected:
+    void SetUp() override { s_nCalls = 0; }
+    void TearDown() override { system_calls = m_Saved; }
+
+    System_Calls m_Saved = system_calls;
+};
+
+} // namespace
+
+TEST_F(Guid_Drawing, Leaves_The_Identifier_Alone_When_The_Kernel_Refuses)
+{
+    _GUID guid;
+    std::memset(&guid, 0xAB, sizeof guid);
+    const _GUID before = guid;
+    system_calls.get_random = [](void*, std::size_t, unsigned int) -> ssize_t
+    {
+        errno = EPERM;
+        return -1;
+    };
+    EXPECT_EQ(E_FAIL, CoCreateGuid(&guid));
+    system_calls.get_random = [](void*, std::size_t size, unsigned int) -> ssize_t
+    { return static_cast<ssize_t>(size) - 1; };
+    EXPECT_EQ(E_FAIL, CoCreateGuid(&guid));
+    EXPECT_EQ(0, std::memcmp(&before, &guid, sizeof guid));
+    EXPECT_EQ(E_INVALIDARG, CoCreateGuid(nullptr));
+    EXPECT_EQ(E_INVALIDARG, CLSIDFromString(L"{", nullptr));
+}
+
+TEST_F(Guid_Drawing, Draws_On_After_Signals_And_Marks_Version_And_Variant)
+{
+    system_calls.get_random = [](void* bytes, std::size_t size, unsigned int) -> ssize_t
+    {
+        if (++s_nCalls < 3)
+        {
+            errno = EINTR;
+            return -1;
+        }
+        std::memset(bytes, 0xFF, size);
+        return static_cast<ssize_t>(size);
+    };
+    _GUID guid{};
+    EXPECT_EQ(S_OK, CoCreateGuid(&guid));
+    EXPECT_EQ(3, s_nCalls);
+    EXPECT_EQ(0xFFFFFFFF, guid.Data1);
+    EXPECT_EQ(0x4FFF, guid.Data3);
+    EXPECT_EQ(0xBF, guid.Data4[0]);
+}
