@@ -1,3 +1,4 @@
 # The providers of the platform layer on Linux, each one line: see qnlib_add_provider in qnLibTargets.cmake.
 
 qnlib_add_provider(crypt32 PACKAGE OpenSSL DEBIAN libssl-dev LIBRARIES OpenSSL::Crypto)
+qnlib_add_provider(advapi32)

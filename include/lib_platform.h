@@ -15,9 +15,10 @@
 #endif
 #include <windows.h>
 
+#include <aclapi.h>
 #include <dpapi.h>
-#include <wincrypt.h>
 #include <objbase.h>
+#include <wincrypt.h>
 
 #include <locale.h>
 #include <stdio.h>
@@ -33,7 +34,9 @@
 #include "platform/guid.h"
 #include "platform/kernel.h"
 #include "platform/modules.h"
+#include "platform/security.h"
 #include "platform/text.h"
+#include "platform/tokens.h"
 #include "platform/types.h"
 
 using namespace qn_platform;

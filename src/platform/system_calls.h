@@ -23,6 +23,7 @@ struct System_Calls
     void* (*map_memory)(void* address, std::size_t size, int protection, int flags, int file, off_t offset);
     int (*protect_memory)(void* address, std::size_t size, int protection);
     void* (*allocate_aligned)(std::size_t alignment, std::size_t size);
+    int (*get_capabilities)(void* header, void* data);
     ssize_t (*get_random)(void* bytes, std::size_t size, unsigned int flags);
 };
 

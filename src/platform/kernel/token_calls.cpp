@@ -1,0 +1,226 @@
+#include "platform/kernel.h"
+#include "platform/kernel/token.h"
+#include "platform/modules.h"
+#include "platform/tokens.h"
+
+#include <bit>
+#include <cstddef>
+
+namespace qn_platform
+{
+
+using namespace kernel;
+
+namespace
+{
+
+constexpr DWORD PROCESS_QUERY_LIMITED_INFORMATION = 0x1000;
+
+BOOL fail(DWORD error)
+{
+    SetLastError(error);
+    return FALSE;
+}
+
+/// What AdjustTokenPrivileges is asked for; a privilege is in one of the sets at most.
+struct Wish
+{
+    Privilege_Set enable = 0;
+    Privilege_Set disable = 0;
+    Privilege_Set remove = 0;
+    bool has_unknown = false;
+
+    Privilege_Set All() const { return enable | disable | remove; }
+};
+
+void add_Wish(Wish& wish, const LUID_AND_ATTRIBUTES& wanted)
+{
+    const DWORD number = wanted.Luid.LowPart;
+    if (wanted.Luid.HighPart != 0 || number < FIRST_PRIVILEGE || number > LAST_PRIVILEGE)
+    {
+        wish.has_unknown = true;
+        return;
+    }
+    const Privilege_Set bit = Privilege_Bit(number);
+    // The last word counts if a privilege is named twice.
+    wish.enable &= ~bit;
+    wish.disable &= ~bit;
+    wish.remove &= ~bit;
+    if ((wanted.Attributes & SE_PRIVILEGE_REMOVED) != 0)
+    {
+        wish.remove |= bit;
+    }
+    else
+    {
+        ((wanted.Attributes & SE_PRIVILEGE_ENABLED) != 0 ? wish.enable : wish.disable) |= bit;
+    }
+}
+
+Wish read_Wish(BOOL disable_all, const TOKEN_PRIVILEGES* wanted)
+{
+    Wish wish;
+    if (disable_all != FALSE)
+    {
+        wish.disable = ~Privilege_Set{0};
+        return wish;
+    }
+    for (DWORD i = 0; i < wanted->PrivilegeCount; ++i)
+    {
+        add_Wish(wish, wanted->Privileges[i]);
+    }
+    return wish;
+}
+
+Privilege_State fulfil(const Wish& wish, const Privilege_State& before)
+{
+    const Privilege_Set held = before.held & ~wish.remove;
+    return {held, (before.enabled | wish.enable) & ~wish.disable & held};
+}
+
+Privilege_Set find_Changes(const Privilege_State& before, const Privilege_State& after)
+{
+    return (before.held & ~after.held) | ((before.enabled & before.held) ^ after.enabled);
+}
+
+DWORD list_Size(Privilege_Set privileges)
+{
+    const auto count = static_cast<std::size_t>(std::popcount(privileges));
+    return static_cast<DWORD>(offsetof(TOKEN_PRIVILEGES, Privileges) + count * sizeof(LUID_AND_ATTRIBUTES));
+}
+
+void write_List(Privilege_Set privileges, Privilege_Set enabled, TOKEN_PRIVILEGES& list)
+{
+    const Privilege_Set defaults = Get_Default_Privileges();
+    LUID_AND_ATTRIBUTES* entry = list.Privileges;
+    list.PrivilegeCount = static_cast<DWORD>(std::popcount(privileges));
+    for (DWORD number = FIRST_PRIVILEGE; number <= LAST_PRIVILEGE; ++number)
+    {
+        const Privilege_Set bit = Privilege_Bit(number);
+        if ((privileges & bit) != 0)
+        {
+            const DWORD by_default = (defaults & bit) != 0 ? SE_PRIVILEGE_ENABLED_BY_DEFAULT : 0;
+            *entry++ = {{number, 0}, by_default | ((enabled & bit) != 0 ? SE_PRIVILEGE_ENABLED : 0)};
+        }
+    }
+}
+
+/// The state before, or false with the last error 122. `size` bounds the list of changes if there is a
+/// `needed`.
+bool adjust(Token& token, const Wish& wish, DWORD size, PDWORD needed, Privilege_State& before)
+{
+    before = token.Get_Privileges();
+    for (;;)
+    {
+        const Privilege_State after = fulfil(wish, before);
+        if (needed != nullptr)
+        {
+            *needed = list_Size(find_Changes(before, after));
+            if (*needed > size)
+            {
+                SetLastError(ERROR_INSUFFICIENT_BUFFER);
+                return false;
+            }
+        }
+        if (token.Change_Privileges(before, after))
+        {
+            return true;
+        }
+    }
+}
+
+} // namespace
+
+BOOL OpenProcessToken(HANDLE process, DWORD access, PHANDLE token)
+{
+    if (!Find_Object(process, Kind::Process, PROCESS_QUERY_LIMITED_INFORMATION))
+    {
+        return FALSE;
+    }
+    if (token == nullptr)
+    {
+        return fail(ERROR_INVALID_PARAMETER);
+    }
+    const HANDLE opened = Open_Token(Get_Process_Token(), access);
+    if (opened == nullptr)
+    {
+        return FALSE;
+    }
+    *token = opened;
+    return TRUE;
+}
+
+BOOL LookupPrivilegeValueW(LPCWSTR system, LPCWSTR name, PLUID luid)
+{
+    if (luid == nullptr)
+    {
+        return fail(ERROR_INVALID_PARAMETER);
+    }
+    if (system != nullptr && *system != L'\0')
+    {
+        return fail(RPC_S_SERVER_UNAVAILABLE);
+    }
+    const DWORD number = name != nullptr ? Find_Privilege(name) : 0;
+    if (number == 0)
+    {
+        return fail(ERROR_NO_SUCH_PRIVILEGE);
+    }
+    *luid = {number, 0};
+    return TRUE;
+}
+
+BOOL AdjustTokenPrivileges(HANDLE token, BOOL disable_all, PTOKEN_PRIVILEGES wanted, DWORD size,
+                           PTOKEN_PRIVILEGES previous, PDWORD needed)
+{
+    const DWORD access = TOKEN_ADJUST_PRIVILEGES | (previous != nullptr ? TOKEN_QUERY : 0);
+    const Object_Reference object = Find_Object(token, Kind::Token, access);
+    if (!object)
+    {
+        return FALSE;
+    }
+    if ((disable_all == FALSE && wanted == nullptr) || (previous != nullptr && needed == nullptr))
+    {
+        return fail(ERROR_INVALID_PARAMETER);
+    }
+    const Wish wish = read_Wish(disable_all, wanted);
+    Privilege_State before;
+    if (!adjust(Get_Token(*object), wish, size, previous != nullptr ? needed : nullptr, before))
+    {
+        return FALSE;
+    }
+    if (previous != nullptr)
+    {
+        const Privilege_Set changes = find_Changes(before, fulfil(wish, before));
+        write_List(changes, before.enabled, *previous);
+    }
+    const bool all = !wish.has_unknown && (disable_all != FALSE || (wish.All() & ~before.held) == 0);
+    SetLastError(all ? ERROR_SUCCESS : ERROR_NOT_ALL_ASSIGNED);
+    return TRUE;
+}
+
+BOOL GetTokenInformation(HANDLE token, TOKEN_INFORMATION_CLASS information_class, LPVOID information,
+                         DWORD size, PDWORD needed)
+{
+    const Object_Reference object = Find_Object(token, Kind::Token, TOKEN_QUERY);
+    if (!object)
+    {
+        return FALSE;
+    }
+    if (information_class != TokenPrivileges)
+    {
+        return fail(ERROR_NOT_SUPPORTED);
+    }
+    if (needed == nullptr)
+    {
+        return fail(ERROR_INVALID_PARAMETER);
+    }
+    const Privilege_State state = Get_Token(*object).Get_Privileges();
+    *needed = list_Size(state.held);
+    if (size < *needed || information == nullptr)
+    {
+        return fail(ERROR_INSUFFICIENT_BUFFER);
+    }
+    write_List(state.held, state.enabled, *static_cast<PTOKEN_PRIVILEGES>(information));
+    return TRUE;
+}
+
+} // namespace qn_platform
