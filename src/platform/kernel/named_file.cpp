@@ -58,6 +58,7 @@ DWORD tell_Error(int error)
     case ENOSPC:
     case EDQUOT:
     case EAGAIN:
+    case ENOLCK:
         return NO_MEMORY;
     default:
         return NOT_SUPPORTED;
