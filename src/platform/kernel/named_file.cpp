@@ -157,12 +157,17 @@ DWORD check_Page(Named_Object& object, const Object_Name& name, const Named_Requ
 
 // ---- New files -------------------------------------------------------------------------------------------
 
-/// Gives the finished file its name.
+/// Gives the finished file its name. Older kernels want a way through the list of open files for that.
 DWORD publish(const File& file, const char* path)
 {
-    char open_file[40];
-    std::snprintf(open_file, sizeof open_file, "/proc/self/fd/%d", file.get());
-    if (named_calls.link_file(AT_FDCWD, open_file, AT_FDCWD, path, AT_SYMLINK_FOLLOW) == 0)
+    int nResult = named_calls.link_file(file.get(), "", AT_FDCWD, path, AT_EMPTY_PATH);
+    if (nResult != 0 && errno == ENOENT)
+    {
+        char open_file[40];
+        std::snprintf(open_file, sizeof open_file, "/proc/self/fd/%d", file.get());
+        nResult = named_calls.link_file(AT_FDCWD, open_file, AT_FDCWD, path, AT_SYMLINK_FOLLOW);
+    }
+    if (nResult == 0)
     {
         return 0;
     }
@@ -353,13 +358,18 @@ void Unmap_File(Named_Object& object)
 bool Remove_File_If_Unused(const Named_Object& object)
 {
     const File file(open_Path(object.path));
-    if (!file.Is_Open() || !Lock_Door(file, LEAVING_PATIENCE))
+    if (!file.Is_Open())
+    {
+        return false;
+    }
+    const bool bAlone = Lock_Unused(file);
+    if (!bAlone && !Lock_Door(file, LEAVING_PATIENCE))
     {
         return false;
     }
     struct stat status = {};
     if (named_calls.stat_file(file.get(), &status) != 0 || status.st_ino != object.inode ||
-        status.st_nlink == 0 || Is_Used_By_Others(file))
+        status.st_nlink == 0 || (!bAlone && Is_Used_By_Others(file)))
     {
         return false;
     }

@@ -27,9 +27,9 @@ struct flock make_Lock(short type, off_t start, off_t length)
     return lock;
 }
 
-bool set_Lock(const File& file, short type, off_t start)
+bool set_Lock(const File& file, short type, off_t start, off_t length = 1)
 {
-    struct flock lock = make_Lock(type, start, 1);
+    struct flock lock = make_Lock(type, start, length);
     return named_calls.lock_file(file.get(), F_OFD_SETLK, &lock) == 0;
 }
 
@@ -81,6 +81,12 @@ bool Lock_Door(const File& file, int milliseconds)
 }
 
 void Unlock_Door(const File& file) { set_Lock(file, F_UNLCK, DOOR); }
+
+bool Lock_Unused(const File& file)
+{
+    constexpr off_t TO_THE_END = 0;
+    return set_Lock(file, F_WRLCK, DOOR, TO_THE_END);
+}
 
 bool Show_Life(const File& file) { return set_Lock(file, F_RDLCK, LIFE + ::getpid()); }
 

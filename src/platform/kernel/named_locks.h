@@ -30,6 +30,9 @@ private:
 bool Lock_Door(const File& file, int milliseconds);
 void Unlock_Door(const File& file);
 
+/// The door of a file that nobody uses and nobody is at, by one call. False when either is the case.
+bool Lock_Unused(const File& file);
+
 bool Show_Life(const File& file);
 bool Is_Used(const File& file);
 bool Is_Used_By_Others(const File& file);
