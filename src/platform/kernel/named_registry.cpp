@@ -275,12 +275,14 @@ void Unlock_Named_Objects() { g_Names_Lock.unlock(); }
 
 void Forget_Named_Objects()
 {
-    // The records stay unused: their pages are not mapped here.
+    // The pages are not mapped here. What has none already is left alone: writing would copy its memory.
     for (Named_Object* pObject = g_pNewest.load(std::memory_order_relaxed); pObject != nullptr;
          pObject = pObject->next)
     {
-        pObject->page.store(nullptr, std::memory_order_relaxed);
-        pObject->references.store(0, std::memory_order_relaxed);
+        if (pObject->page.load(std::memory_order_relaxed) != nullptr)
+        {
+            pObject->page.store(nullptr, std::memory_order_relaxed);
+        }
     }
     for (Named_Object*& pList : g_Lists)
     {
