@@ -9,6 +9,13 @@ constexpr unsigned int LISTED_NAMES = 6;
 
 Answer make_Answer(bool bDone, const Lib_String& strText) { return Answer{bDone, strText}; }
 
+/// Plain PINs live as long as the comparison. One that cannot be deciphered equals nothing.
+bool is_Same_Pin(const Lib_Protected_String& Left, const Lib_Protected_String& Right)
+{
+    const Lib_String strLeft = Left.Get_String();
+    return !strLeft.Is_Empty() && strLeft == Right.Get_String();
+}
+
 Answer no_Such_Card() { return make_Answer(false, L"no such card"); }
 
 } // namespace
@@ -70,9 +77,9 @@ Answer Desk::change(const Request& request)
     Answer Result = make_Answer(true, L"PIN changed");
     if (!verify(request, Result))
         return Result;
-    if (request.m_strNew_Pin == request.m_strPin)
+    if (is_Same_Pin(request.m_New_Pin, request.m_Pin))
         return make_Answer(false, L"the new PIN is the old one");
-    m_Cards[request.m_strCard].m_strPin = request.m_strNew_Pin;
+    m_Cards[request.m_strCard].m_Pin = request.m_New_Pin;
     return Result;
 }
 
@@ -130,7 +137,7 @@ Answer Desk::list(const Request& request) const
 
 void Desk::enter(const Lib_String& strName, const Request& request)
 {
-    m_Cards[strName] = Card{request.m_strOwner, request.m_strPin, request.m_Badge, m_nTries};
+    m_Cards[strName] = Card{request.m_strOwner, request.m_Pin, request.m_Badge, m_nTries};
 }
 
 /// Names that clients chose themselves are passed over.
@@ -158,7 +165,7 @@ bool Desk::verify(const Request& request, Answer& Refusal)
         Refusal = make_Answer(false, L"the card is blocked");
         return false;
     }
-    if (!(card.m_strPin == request.m_strPin))
+    if (!is_Same_Pin(card.m_Pin, request.m_Pin))
     {
         --card.m_nTries_Left;
         Refusal = make_Answer(false, L"PIN wrong, " + describe_Tries(card));

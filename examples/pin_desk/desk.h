@@ -29,7 +29,7 @@ private:
     struct Card
     {
         Lib_String m_strOwner;
-        Lib_String m_strPin;
+        Lib_Protected_String m_Pin;
         Lib_Buffer m_Badge;
         unsigned int m_nTries_Left = 0; ///< 0 means blocked
     };

@@ -2,6 +2,9 @@
 
 #include <cstring>
 
+/// The file needs no block of its own beside the reader's, where lines would stay.
+Line_Reader::Line_Reader(std::FILE* pFile) : m_pFile(pFile) { std::setvbuf(pFile, nullptr, _IONBF, 0); }
+
 Line_Reader::State Line_Reader::Read_Line(Lib_String& strLine)
 {
     Lib_Buffer Line;
@@ -35,7 +38,7 @@ bool Line_Reader::collect(Lib_Buffer& Line, bool& bTooLong)
     while (fill())
     {
         bAny = true;
-        const char* pStart = m_Block.data() + m_nNext;
+        char* pStart = m_Block.data() + m_nNext;
         const void* pFeed = std::memchr(pStart, '\n', m_nEnd - m_nNext);
         const std::size_t nLength = pFeed != nullptr
                                         ? static_cast<std::size_t>(static_cast<const char*>(pFeed) - pStart)
@@ -43,6 +46,7 @@ bool Line_Reader::collect(Lib_Buffer& Line, bool& bTooLong)
         bTooLong = bTooLong || Line.Get_Size() + nLength > LONGEST_LINE;
         if (!bTooLong)
             Line.Append(pStart, nLength);
+        std::memset(pStart, 0, nLength);
         m_nNext += nLength + (pFeed != nullptr ? 1 : 0);
         if (pFeed != nullptr)
             break;

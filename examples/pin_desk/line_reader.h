@@ -7,7 +7,7 @@
 #include <lib_strings.h>
 
 /// Reads the lines of an open UTF-8 file one at a time, whatever the size of the file. The file stays the
-/// caller's.
+/// caller's; nothing may have been read from it. What has been handed out is wiped: lines hold PINs.
 class Line_Reader
 {
 public:
@@ -21,7 +21,7 @@ public:
 
     static constexpr std::size_t LONGEST_LINE = 1000; ///< bytes
 
-    explicit Line_Reader(std::FILE* pFile) : m_pFile(pFile) {}
+    explicit Line_Reader(std::FILE* pFile);
 
     /// The next line without the white space at its ends; for a malformed line what is wrong with it.
     State Read_Line(Lib_String& strLine);

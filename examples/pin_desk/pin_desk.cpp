@@ -2,7 +2,8 @@
 // prints a line for each answer, and shows the library at work on the way.
 //
 // Exit codes: 0 when the file was read to its end or the limit, also with malformed lines in it; 1 when the
-// report could not be written or memory ran out; 2 when the command line or the file is no good.
+// report could not be written, memory ran out or there is no cipher for PINs; 2 when the command line or the
+// file is no good.
 
 #include "desk.h"
 #include "host.h"
@@ -14,6 +15,7 @@
 #include <lib_version.h>
 #include <memory>
 #include <new>
+#include <stdexcept>
 
 namespace
 {
@@ -124,6 +126,11 @@ int Run_Pin_Desk(int nArguments, wchar_t** ppArguments)
     catch (const std::bad_alloc&)
     {
         std::fputs("pin_desk: memory is exhausted\n", stderr);
+        return EXIT_BROKEN;
+    }
+    catch (const std::runtime_error& Error)
+    {
+        std::fprintf(stderr, "pin_desk: %s\n", Error.what());
         return EXIT_BROKEN;
     }
 }

@@ -1,18 +1,34 @@
 #include "report.h"
 
 #include <cstdio>
+#include <lib_platform.h>
 
 namespace
 {
 
 const wchar_t* plural_S(unsigned int nCount) { return nCount == 1 ? L"" : L"s"; }
 
+Lib_Buffer to_Utf8(const Lib_String& strLine)
+{
+    Lib_Buffer Line;
+    Lib_WString_To_UTF8_Buffer(strLine, static_cast<unsigned long>(strLine.Get_Length()), Line);
+    return Line;
+}
+
+/// A number as four bytes, the highest first.
+Lib_Buffer to_Bytes(unsigned long nNumber)
+{
+    LibT_Buffer<char> Bytes;
+    for (int nShift = 24; nShift >= 0; nShift -= 8)
+        Bytes.Add(static_cast<char>(nNumber >> nShift & 0xFF));
+    return Bytes;
+}
+
 } // namespace
 
 void Print_Line(const Lib_String& strLine)
 {
-    Lib_Buffer Line;
-    Lib_WString_To_UTF8_Buffer(strLine, static_cast<unsigned long>(strLine.Get_Length()), Line);
+    Lib_Buffer Line = to_Utf8(strLine);
     Line.Append("\n", 1);
     std::fwrite(Line.Get_Ptr(), 1, static_cast<std::size_t>(Line.Get_Size()), stdout);
 }
@@ -21,14 +37,14 @@ void Report::Add_Answer(unsigned int nLine, const Request& request, const Answer
 {
     m_Total.Add(answer.m_bDone);
     m_Sessions[request.m_nSession].Add(answer.m_bDone);
-    if (m_bQuiet && answer.m_bDone)
-        return;
     const wchar_t* pCard = request.m_strCard.Is_Empty() ? L"-" : request.m_strCard.GetW();
     Lib_String strLine;
     strLine.Format(L"%5u  %s  session %-3u  %-8s%-13s%-8s %s", nLine, make_Receipt().GetW(),
                    request.m_nSession, Get_Operation_Name(request.m_Operation), pCard,
                    answer.m_bDone ? L"done" : L"refused", answer.m_strText.GetW());
-    Print_Line(strLine);
+    add_To_Audit(strLine);
+    if (!m_bQuiet || !answer.m_bDone)
+        Print_Line(strLine);
 }
 
 void Report::Add_Malformed(unsigned int nLine, const Lib_String& strFault)
@@ -36,6 +52,7 @@ void Report::Add_Malformed(unsigned int nLine, const Lib_String& strFault)
     ++m_nMalformed;
     Lib_String strLine;
     strLine.Format(L"%5u  malformed: %s", nLine, strFault.GetW());
+    add_To_Audit(strLine);
     Print_Line(strLine);
 }
 
@@ -59,6 +76,23 @@ void Report::Print_Summary(const Desk& desk) const
     strLine.Format(L"%u card%s, %u blocked", desk.Count_Cards(), plural_S(desk.Count_Cards()),
                    desk.Count_Blocked());
     Print_Line(strLine);
+    Print_Line(L"audit digest " + describe_Audit());
+}
+
+void Report::add_To_Audit(const Lib_String& strLine)
+{
+    Lib_Buffer Bytes = to_Bytes(m_nAudit);
+    Bytes.Append(to_Utf8(strLine));
+    m_nAudit = Lib_Cacl_CRC32(static_cast<unsigned char*>(Bytes.Get_Ptr()),
+                              static_cast<unsigned long>(Bytes.Get_Size()));
+}
+
+Lib_String Report::describe_Audit() const
+{
+    Lib_Buffer Text;
+    if (!base64_encode(to_Bytes(m_nAudit), Text, CRYPT_STRING_BASE64 | CRYPT_STRING_NOCRLF))
+        return L"cannot be told";
+    return Lib_String(static_cast<const char*>(Text.Get_Ptr()));
 }
 
 /// The number of the answer as four bytes, the highest first. The key keeps clients from telling by their

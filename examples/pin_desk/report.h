@@ -6,7 +6,9 @@
 
 #include <map>
 
-/// Prints the desk's answers in UTF-8 to standard output, one on a line, and counts them for the summary.
+/// Prints the desk's answers in UTF-8 to standard output, one on a line, counts them for the summary, and
+/// draws an audit digest over all of them, printed or not, by which two reports of one session can be
+/// compared.
 class Report
 {
 public:
@@ -31,12 +33,15 @@ private:
     };
 
     Lib_String make_Receipt() const;
+    void add_To_Audit(const Lib_String& strLine);
+    Lib_String describe_Audit() const;
 
     Lib_Buffer m_Key;
     bool m_bQuiet;
     Counts m_Total;
     std::map<unsigned int, Counts> m_Sessions;
     unsigned int m_nMalformed = 0;
+    unsigned long m_nAudit = 0; ///< checksum of each line together with that of the lines before
 };
 
 /// Prints a line in UTF-8.

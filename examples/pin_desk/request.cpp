@@ -2,6 +2,7 @@
 
 #include <iterator>
 #include <memory>
+#include <stdexcept>
 
 namespace
 {
@@ -85,16 +86,22 @@ bool read_Owner(const Lib_String& strValue, Request& Result)
     return !strValue.Is_Empty() && strValue.Get_Length() <= 60 && strValue.Find(L'\t') < 0;
 }
 
-bool read_Pin(const Lib_String& strValue, Request& Result)
+/// A PIN that cannot be enciphered comes back empty: without a cipher the desk must not go on.
+bool keep_Pin(const Lib_String& strValue, Lib_Protected_String& Pin)
 {
-    Result.m_strPin = strValue;
-    return consists_Of(strValue, DIGITS, 4, 8);
+    if (!consists_Of(strValue, DIGITS, 4, 8))
+        return false;
+    Pin = strValue;
+    if (Pin.Get_String().Is_Empty())
+        throw std::runtime_error("PINs cannot be enciphered");
+    return true;
 }
+
+bool read_Pin(const Lib_String& strValue, Request& Result) { return keep_Pin(strValue, Result.m_Pin); }
 
 bool read_New_Pin(const Lib_String& strValue, Request& Result)
 {
-    Result.m_strNew_Pin = strValue;
-    return consists_Of(strValue, DIGITS, 4, 8);
+    return keep_Pin(strValue, Result.m_New_Pin);
 }
 
 /// Reading hex text reports nothing, so the text counts if writing the bytes gives it back.

@@ -2,6 +2,7 @@
 #define PIN_DESK_REQUEST_H
 
 #include <lib_foundation.h>
+#include <lib_protected.h>
 #include <lib_strings.h>
 
 enum class Operation
@@ -37,13 +38,14 @@ struct Request
     Lib_String m_strCard;
     Lib_String m_strSeries;
     Lib_String m_strOwner;
-    Lib_String m_strPin;
-    Lib_String m_strNew_Pin;
+    Lib_Protected_String m_Pin;
+    Lib_Protected_String m_New_Pin;
     Lib_Buffer m_Badge;
 };
 
 /// Reads a line such as `op=store card=0001 owner=Anna Ivanova pin=3441`. False for a malformed one, with
-/// what is wrong in strFault; the fault never quotes a value, since that could be a PIN.
+/// what is wrong in strFault; the fault never quotes a value, since that could be a PIN. Throws
+/// std::runtime_error if PINs cannot be enciphered.
 bool Read_Request(const Lib_String& strLine, Request& Result, Lib_String& strFault);
 
 const wchar_t* Get_Operation_Name(Operation operation);

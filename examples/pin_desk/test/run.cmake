@@ -39,15 +39,15 @@ foreach(key 0a0B 0A:0b)
     endif()
 endforeach()
 
-run(-QUIET -in "${requests}")
+run(-QUIET -in "${requests}" -key 0a0b)
 expect("-quiet leaves out what was done" CODE 0
-       TEXTS "13  malformed: " "PIN wrong, blocked" "28 requests" NO_TEXTS "stored for" "PIN right")
+       TEXTS "13  malformed: " "PIN wrong, blocked" "28 requests" "JxCocA==" NO_TEXTS "stored for" "PIN right")
 
 run(-in "${requests}" -limit 2 -tries 1)
 expect("-limit ends the work" CODE 0 TEXTS "\n2 requests: 2 done" NO_TEXTS "K0")
 
 run(-in "${requests}" -limit 1)
-expect("one of a kind" CODE 0 TEXTS "\n1 request: 1 done" "1 request, 100.0% done\n1 card, 0 blocked"
+expect("one of a kind" CODE 0 TEXTS "\n1 request: 1 done" "1 request, 100.0% done\n1 card, 0 blocked\naudit digest "
        NO_TEXTS "no session")
 run(-in "${requests}" -tries abc -tries 99)
 expect("the last value counts" CODE 0)
