@@ -33,6 +33,7 @@ int main(int nArguments, char** ppArguments)
     Add_Edit_Rows();
     Add_Format_Rows();
     Add_Conversion_Rows();
+    Add_Secret_Rows();
     Report report(bAll);
     const bool bAny = benchmark::RunSpecifiedBenchmarks(&report) != 0;
     benchmark::Shutdown();

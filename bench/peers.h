@@ -25,6 +25,22 @@
 #include <fmt/xchar.h>
 #endif
 
+#if defined(QNLIB_BENCH_OPENSSL)
+#include <openssl/evp.h>
+#endif
+
+#if defined(QNLIB_BENCH_SODIUM)
+#include <sodium.h>
+#endif
+
+#if defined(QNLIB_BENCH_ZLIB)
+#include <zlib.h>
+#endif
+
+#if defined(QNLIB_BENCH_DEFLATE)
+#include <libdeflate.h>
+#endif
+
 #if defined(QNLIB_BENCH_GLIB)
 #include <glib.h>
 

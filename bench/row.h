@@ -49,5 +49,6 @@ void Add_Search_Rows();
 void Add_Edit_Rows();
 void Add_Format_Rows();
 void Add_Conversion_Rows();
+void Add_Secret_Rows();
 
 #endif
