@@ -34,8 +34,10 @@ int main(int nArguments, char** ppArguments)
     Add_Format_Rows();
     Add_Conversion_Rows();
     Add_Secret_Rows();
+    Add_Kernel_Rows();
     Report report(bAll);
     const bool bAny = benchmark::RunSpecifiedBenchmarks(&report) != 0;
+    benchmark::ClearRegisteredBenchmarks(); // ends the threads and processes that some works started
     benchmark::Shutdown();
     return bAny ? 0 : 1;
 }

@@ -14,18 +14,31 @@ class Row
 public:
     static constexpr const char* Ours = "qnLib";
 
-    /// `dMark` is the ratio of the best peer's time to ours that the row should reach.
-    Row(std::string strName, double dMark);
+    /// How a row's time is taken: that of this thread's processor, or by the clock where others work as well.
+    enum class Time
+    {
+        Processor,
+        Clock
+    };
+
+    /// `dMark` is the ratio of the best peer's time to ours that the row should reach; 0 for none.
+    Row(std::string strName, double dMark, Time time = Time::Processor);
+
+    /// A mark against one peer, in a line of its own.
+    const Row& Mark_Against(const std::string& strWho, double dMark) const;
 
     template <class Work>
     const Row& Add(const std::string& strWho, Work work) const
     {
-        benchmark::RegisterBenchmark((m_strName + '/' + strWho).c_str(),
-                                     [work = std::move(work)](benchmark::State& state) mutable
-                                     {
-                                         for (auto _ : state)
-                                             do_Once(work);
-                                     });
+        auto* pBenchmark =
+            benchmark::RegisterBenchmark((m_strName + '/' + strWho).c_str(),
+                                         [work = std::move(work)](benchmark::State& state) mutable
+                                         {
+                                             for (auto _ : state)
+                                                 do_Once(work);
+                                         });
+        if (m_Time == Time::Clock)
+            pBenchmark->UseRealTime();
         return *this;
     }
 
@@ -41,6 +54,7 @@ private:
     }
 
     std::string m_strName;
+    Time m_Time;
 };
 
 /// The files of this folder, each with the rows of its topic.
@@ -50,5 +64,6 @@ void Add_Edit_Rows();
 void Add_Format_Rows();
 void Add_Conversion_Rows();
 void Add_Secret_Rows();
+void Add_Kernel_Rows();
 
 #endif
