@@ -7,6 +7,7 @@
 
 #include "ping_pong.h"
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
