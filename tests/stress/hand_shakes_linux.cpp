@@ -2,11 +2,12 @@
 
 #include "child.h"
 #include "named_objects.h"
-#include "platform/system_calls.h"
+#include "platform/kernel/named_calls.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cerrno>
 #include <cstdio>
 #include <thread>
 #include <vector>
@@ -184,7 +185,7 @@ private:
 class Hand_Shakes : public testing::Test
 {
 protected:
-    void TearDown() override { system_calls.use_futex_waitv = true; }
+    void TearDown() override { kernel::named_calls = m_Calls; }
 
     static void Play(const char* pHow, unsigned int nRounds, void (Game::*round)())
     {
@@ -198,6 +199,9 @@ protected:
                         nRounds, game.Get_Gone());
         }
     }
+
+private:
+    const kernel::Named_Calls m_Calls = kernel::named_calls;
 };
 
 } // namespace
@@ -206,7 +210,11 @@ TEST_F(Hand_Shakes, Are_Answered_Once) { Play("plain", Rounds(2500), &Game::Ask_
 
 TEST_F(Hand_Shakes, Are_Answered_Once_Without_A_Wait_For_Several_Words)
 {
-    system_calls.use_futex_waitv = false;
+    kernel::named_calls.futex_waitv = [](futex_waitv*, unsigned int, const timespec*)
+    {
+        errno = ENOSYS;
+        return -1L;
+    };
     Play("fallback", Rounds(1000) / 10, &Game::Ask_And_Await_Answer);
 }
 

@@ -26,6 +26,8 @@ struct Operation
     std::function<Case()> m_Make;
 };
 
+void PrintTo(const Operation& operation, std::ostream* out) { *out << operation.m_pName; }
+
 unsigned int nOverReports = 0;
 
 using World_Pointer = std::shared_ptr<World>;

@@ -1,6 +1,6 @@
 // Owners of a mutex are killed while others wait for it.
 
-#include "platform/system_calls.h"
+#include "platform/kernel/named_calls.h"
 #include "world.h"
 
 #include <atomic>
@@ -18,6 +18,7 @@ namespace
 using Lock_Deed = unsigned int (*)(const Objects&);
 
 constexpr Lock_Deed locks[] = {Lock, Lock_Any, Lock_All};
+constexpr const char* lock_Names[] = {"one", "any", "all"};
 
 /// A process that has the mutex and keeps it.
 Child start_Owner(const Names& names)
@@ -84,7 +85,7 @@ protected:
         if (!Stepped_Child::Is_Permitted())
             GTEST_SKIP() << "no process may be traced here";
     }
-    void TearDown() override { system_calls.use_gate = system_calls.use_futex_waitv = true; }
+    void TearDown() override { kernel::named_calls.use_gate = true; }
 };
 
 /// What a contender did, and with what luck.
@@ -158,17 +159,17 @@ void kill_One(const Names& names, Contest& contest, bool bAsOwner)
 
 TEST_F(Kills_Of_Owners, Also_Of_The_Waiter_That_Was_Woken_Lose_No_Other_Waiter)
 {
-    for (const Lock_Deed lock : locks)
+    for (unsigned int i = 0; i < std::size(locks); ++i)
     {
         unsigned int nRounds = 0;
-        EXPECT_EQ(0U, count_Lost(lock, Is_Long() ? 1 : 16, Soon, nRounds));
-        std::printf("double kills, form %td of waiting: %u, none lost\n", &lock - locks, nRounds);
+        EXPECT_EQ(0U, count_Lost(locks[i], Is_Long() ? 1 : 16, Soon, nRounds));
+        std::printf("double kills, waits for %s: %u\n", lock_Names[i], nRounds);
     }
 }
 
 TEST_F(Kills_Of_Owners, Also_Of_The_Waiter_That_Was_Woken_Would_Lose_Others_Without_The_Gate)
 {
-    system_calls.use_gate = false;
+    kernel::named_calls.use_gate = false;
     unsigned int nRounds = 0;
     EXPECT_GT(count_Lost(Lock, 4, milliseconds(100), nRounds), 0U);
 }
