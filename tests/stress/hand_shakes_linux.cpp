@@ -193,10 +193,11 @@ protected:
         {
             SCOPED_TRACE(form.m_pName);
             Game game(form);
-            for (unsigned int nRound = 0; nRound < nRounds && !HasFailure(); ++nRound)
+            unsigned int nRound = 0;
+            for (; nRound < nRounds && !HasFailure(); ++nRound)
                 (game.*round)();
             std::printf("hand-shakes, %s, wait for %s: %u, %u went with a killed one\n", pHow, form.m_pName,
-                        nRounds, game.Get_Gone());
+                        nRound, game.Get_Gone());
         }
     }
 

@@ -14,6 +14,12 @@ namespace
 
 LPCWSTR wide(const std::u16string& strName) { return reinterpret_cast<LPCWSTR>(strName.c_str()); }
 
+Object made(HANDLE handle)
+{
+    EXPECT_NE(nullptr, handle) << "error " << GetLastError();
+    return Object(handle);
+}
+
 } // namespace
 
 std::string Token()
@@ -31,12 +37,12 @@ std::u16string New_Name()
 
 Object Event(const std::u16string& strName, bool bManual, bool bSet)
 {
-    return Object(CreateEventW(nullptr, bManual, bSet, wide(strName)));
+    return made(CreateEventW(nullptr, bManual, bSet, wide(strName)));
 }
 
 Object Mutex(const std::u16string& strName, bool bOwned)
 {
-    return Object(CreateMutexW(nullptr, bOwned, wide(strName)));
+    return made(CreateMutexW(nullptr, bOwned, wide(strName)));
 }
 
 Object Open_Mutex(const std::u16string& strName)
