@@ -130,7 +130,8 @@ public:
         if (m_Events.m_Answer.Take())
             return;
         const bool bAsk = m_Events.m_Ask.Take();
-        EXPECT_FALSE(m_Events.m_Second.Take() || bAsk) << "set, and those who wait for it asleep";
+        const bool bSecond = m_Events.m_Second.Take();
+        EXPECT_FALSE(bAsk || bSecond) << "set, and those who wait for it asleep: " << bAsk << bSecond;
         ++m_nGone;
     }
 

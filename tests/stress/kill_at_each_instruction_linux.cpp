@@ -32,11 +32,18 @@ unsigned int nOverReports = 0;
 
 using World_Pointer = std::shared_ptr<World>;
 
+/// What a thread's first wait finds out once and for all shall not be stepped through each time.
+void warm_Up(const World& world)
+{
+    Wait_For_Any(1, Event(world.m_Names.m_strIdle), Event(world.m_Names.m_strIdle));
+}
+
 Child::Work marked(const World_Pointer& pWorld, const Deed& deed, const Deed& before = nullptr)
 {
     return [pWorld, deed, before]
     {
         const Objects objects(pWorld->m_Names);
+        warm_Up(*pWorld);
         if (before)
             before(objects);
         Stepped_Child::Mark();

@@ -17,6 +17,7 @@ struct Names
     std::u16string m_strA = New_Name();
     std::u16string m_strB = New_Name();
     std::u16string m_strMutex = New_Name();
+    std::u16string m_strIdle = New_Name();
 };
 
 /// Two events and a mutex, as each process opens them for itself.
