@@ -119,10 +119,13 @@ void add_Ours(const Kernel_Rows& rows)
 
 void add_Marks(const Kernel_Rows& rows)
 {
+    rows.m_SetWait.Mark_Against("pthread", 1).Mark_Against("eventfd", 10).Mark_Against("winpr", 10);
     rows.m_SetWaitNamed.Mark_Against("eventfd", 10).Mark_Against("winpr", 10);
     rows.m_Lock.Mark_Against("pthread", 1 / 1.2).Mark_Against("winpr", 1.5).Mark_Against("eventfd", 10);
     rows.m_LockNamed.Mark_Against("pthread", 1 / 4.0).Mark_Against("eventfd", 10);
+    rows.m_MakeEvent.Mark_Against("eventfd", 10).Mark_Against("winpr", 10);
     rows.m_MakeMutexNamed.Mark_Against("Boost", 1 / 1.5);
+    rows.m_Threads.Mark_Against("eventfd", 1);
 }
 
 } // namespace

@@ -7,15 +7,15 @@
 /// them declare the same names as the platform's door.
 struct Kernel_Rows
 {
-    Row m_SetWait{"set and wait, event that resets itself", 1.0};
+    Row m_SetWait{"set and wait, event that resets itself", 0};
     Row m_SetWaitNamed{"set and wait, named event", 0};
     Row m_Lock{"lock and unlock a mutex", 0};
     Row m_LockNamed{"lock and unlock a named mutex", 0};
-    Row m_MakeEvent{"create and close an event", 1.0};
+    Row m_MakeEvent{"create and close an event", 0};
     Row m_MakeEventNamed{"create and close a named event", 0};
     Row m_MakeMutex{"create and close a mutex", 0};
     Row m_MakeMutexNamed{"create and close a named mutex", 0};
-    Row m_Threads{"ping-pong of two threads, events", 1.0, Row::Time::Clock};
+    Row m_Threads{"ping-pong of two threads, events", 0, Row::Time::Clock};
     Row m_ThreadsNamed{"ping-pong of two threads, named events", 0, Row::Time::Clock};
     Row m_Processes{"ping-pong of two processes, named events", 0, Row::Time::Clock};
 
