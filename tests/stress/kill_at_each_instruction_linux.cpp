@@ -28,22 +28,19 @@ struct Operation
 
 void PrintTo(const Operation& operation, std::ostream* out) { *out << operation.m_pName; }
 
+// What the layer owns up to: a mutex of a wait for all reported as abandoned though the wait took nothing,
+// and a signal handed to a sleeper that goes with him.
 unsigned int nOverReports = 0;
+unsigned int nGone = 0;
 
 using World_Pointer = std::shared_ptr<World>;
-
-/// What a thread's first wait finds out once and for all shall not be stepped through each time.
-void warm_Up(const World& world)
-{
-    Wait_For_Any(1, Event(world.m_Names.m_strIdle), Event(world.m_Names.m_strIdle));
-}
 
 Child::Work marked(const World_Pointer& pWorld, const Deed& deed, const Deed& before = nullptr)
 {
     return [pWorld, deed, before]
     {
         const Objects objects(pWorld->m_Names);
-        warm_Up(*pWorld);
+        Warm_Up(pWorld->m_Names);
         if (before)
             before(objects);
         Stepped_Child::Mark();
@@ -202,17 +199,18 @@ unsigned int take_All(const Objects& objects)
     return Wait_For_All(Forever, objects.m_A, objects.m_Mutex, objects.m_B);
 }
 
-/// All were taken, or none of those that were there.
-void check_All_Or_None(World& world, bool bFinished)
+/// All were taken, or none of those that were there; `bHanded`: the second event to a sleeper perhaps.
+void check_All_Or_None(World& world, bool bFinished, bool bHanded)
 {
     const bool bA = world.m_Own.m_A.Take();
     const bool bB = world.m_Own.m_B.Take();
     const bool bAbandoned = world.Lock_Soon();
-    EXPECT_EQ(bA, bB);
+    const bool bGone = bHanded && bA && !bB;
+    EXPECT_TRUE(bA == bB || bGone) << bA << bB;
     EXPECT_TRUE(bAbandoned || bA) << "the events were taken, the mutex was not";
     EXPECT_TRUE(!bFinished || (bAbandoned && !bA));
-    if (bAbandoned && bA) // the mutex was already taken, and what had been taken of the events came back
-        ++nOverReports;
+    nOverReports += bAbandoned && bA;
+    nGone += bGone;
 }
 
 Case take_All_Available()
@@ -221,7 +219,7 @@ Case take_All_Available()
     SetEvent(pWorld->m_Own.m_A.get());
     SetEvent(pWorld->m_Own.m_B.get());
     return {marked(pWorld, take_All), nullptr, nullptr,
-            [pWorld](bool bFinished) { check_All_Or_None(*pWorld, bFinished); }};
+            [pWorld](bool bFinished) { check_All_Or_None(*pWorld, bFinished, false); }};
 }
 
 Case take_All_When_Complete()
@@ -235,10 +233,11 @@ Case take_All_When_Complete()
             SetEvent(pWorld->m_Own.m_B.get());
     };
     return {marked(pWorld, take_All), nullptr, complete,
-            [pWorld, complete](bool bFinished)
+            [pWorld, pComplete, complete](bool bFinished)
             {
+                const bool bHanded = *pComplete;
                 complete();
-                check_All_Or_None(*pWorld, bFinished);
+                check_All_Or_None(*pWorld, bFinished, bHanded);
             }};
 }
 
@@ -397,7 +396,7 @@ TEST_P(Kill_At_Each_Instruction, Leaves_All_Or_Nothing)
 {
     if (!Stepped_Child::Is_Permitted())
         GTEST_SKIP() << "no process may be traced here";
-    const unsigned long nStride = Is_Long() ? 1 : Length() / 8 + 1;
+    const unsigned long nStride = Is_Long() ? 1 : Length() / 6 + 1;
     unsigned long nKills = 0;
     for (unsigned long nSteps = Random_Below(static_cast<unsigned int>(nStride)); !HasFailure();
          nSteps += nStride)
@@ -410,8 +409,8 @@ TEST_P(Kill_At_Each_Instruction, Leaves_All_Or_Nothing)
         if (end != End::Killed)
             break;
     }
-    std::printf("%-34s %6lu kills, %u of a wait for all over-reported\n", GetParam().m_pName, nKills,
-                std::exchange(nOverReports, 0));
+    std::printf("%-34s %6lu kills, %u over-reports, %u signals gone with the victim\n", GetParam().m_pName,
+                nKills, std::exchange(nOverReports, 0), std::exchange(nGone, 0));
 }
 
 INSTANTIATE_TEST_SUITE_P(Operation, Kill_At_Each_Instruction, testing::ValuesIn(operations),

@@ -47,6 +47,7 @@ std::optional<unsigned int> kill_Twice(Lock_Deed lock, unsigned long nSteps, mil
         [&]
         {
             const Objects objects(world.m_Names);
+            Warm_Up(world.m_Names);
             Stepped_Child::Mark();
             const unsigned int nResult = lock(objects);
             Stepped_Child::Mark();
@@ -162,7 +163,7 @@ TEST_F(Kills_Of_Owners, Also_Of_The_Waiter_That_Was_Woken_Lose_No_Other_Waiter)
     for (unsigned int i = 0; i < std::size(locks); ++i)
     {
         unsigned int nRounds = 0;
-        EXPECT_EQ(0U, count_Lost(locks[i], Is_Long() ? 1 : 16, Soon, nRounds));
+        EXPECT_EQ(0U, count_Lost(locks[i], Is_Long() ? 1 : 64, Soon, nRounds));
         std::printf("double kills, waits for %s: %u\n", lock_Names[i], nRounds);
     }
 }
@@ -171,7 +172,7 @@ TEST_F(Kills_Of_Owners, Also_Of_The_Waiter_That_Was_Woken_Would_Lose_Others_With
 {
     kernel::named_calls.use_gate = false;
     unsigned int nRounds = 0;
-    EXPECT_GT(count_Lost(Lock, 4, milliseconds(100), nRounds), 0U);
+    EXPECT_GT(count_Lost(Lock, 16, milliseconds(100), nRounds), 0U);
 }
 
 TEST_F(Kills_Of_Owners, Are_Told_Once_And_Hinder_Nobody)

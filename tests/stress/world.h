@@ -33,6 +33,9 @@ struct Objects
     Object m_Mutex;
 };
 
+/// What a thread's first wait finds out once and for all shall not be stepped through each time.
+inline void Warm_Up(const Names& names) { Wait_For_Any(1, Event(names.m_strIdle), Event(names.m_strIdle)); }
+
 /// What a child does with the objects; the answer is the child's result.
 using Deed = std::function<unsigned int(const Objects&)>;
 
