@@ -50,8 +50,8 @@ TEST(Win32_Handle, A_Duplication_May_Close_Its_Source)
 {
     const HANDLE hSource = CreateEventW(nullptr, FALSE, TRUE, nullptr);
     const Owned target(duplicate(hSource, 0, FALSE, DUPLICATE_CLOSE_SOURCE | DUPLICATE_SAME_ACCESS));
-    EXPECT_EQ(6u, Error_Of(CloseHandle(hSource)));
     EXPECT_EQ(WAIT_OBJECT_0, Try(target));
+    EXPECT_TRUE(hSource == target || !CloseHandle(hSource)) << "the value may have come again at once";
 }
 
 TEST(Win32_Handle, Duplicates_Are_Refused_For_What_Is_No_Handle)

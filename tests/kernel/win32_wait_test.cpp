@@ -150,6 +150,7 @@ TEST(Win32_Wait, Is_Not_Disturbed_By_A_Close)
     ASSERT_TRUE(DuplicateHandle(GetCurrentProcess(), mine, GetCurrentProcess(), &hOther, 0, FALSE,
                                 DUPLICATE_SAME_ACCESS));
     const Owned other(hOther);
+    const HANDLE hMine = mine;
     std::thread closer(
         [&]
         {
@@ -158,7 +159,7 @@ TEST(Win32_Wait, Is_Not_Disturbed_By_A_Close)
             Let_Others_Sleep();
             SetEvent(other);
         });
-    EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(mine, 10000));
+    EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(hMine, 10000));
     closer.join();
 }
 

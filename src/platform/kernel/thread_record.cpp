@@ -60,6 +60,14 @@ void end_Thread(Thread_Record& self)
     give_Back(self);
 }
 
+/// The round of destructors in which a thread ends here: the last one, but for the thread sanitizer, whose
+/// own view of the thread ends in that.
+#if defined(__SANITIZE_THREAD__)
+constexpr unsigned int LAST_ROUND = PTHREAD_DESTRUCTOR_ITERATIONS - 1;
+#else
+constexpr unsigned int LAST_ROUND = PTHREAD_DESTRUCTOR_ITERATIONS;
+#endif
+
 pthread_key_t get_Key();
 
 /// Destructors of other keys may use the layer still, so the thread's end waits for the last round of them.
@@ -67,7 +75,7 @@ pthread_key_t get_Key();
 void at_Round_Of_Destructors(void* record)
 {
     Thread_Record& self = *static_cast<Thread_Record*>(record);
-    if (++self.end_rounds == PTHREAD_DESTRUCTOR_ITERATIONS || pthread_setspecific(get_Key(), &self) != 0)
+    if (++self.end_rounds == LAST_ROUND || pthread_setspecific(get_Key(), &self) != 0)
     {
         end_Thread(self);
     }
