@@ -40,7 +40,7 @@ HANDLE create_Unnamed(const Named_Request& request, Thread_Record& self, bool in
     }
     if (request.kind == Kind::Mutex && request.initial)
     {
-        Begin_Owned(*object, self);
+        Link_Owned(*object, self);
     }
     const HANDLE handle = Open_Handle(std::move(object), Get_All_Access(request.kind), inherit);
     return handle == nullptr ? nullptr : (SetLastError(ERROR_SUCCESS), handle);

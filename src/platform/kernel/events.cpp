@@ -27,7 +27,7 @@ void change_Named(Named_Object& event, Signal signal, Thread_Record& self)
     }
 }
 
-[[gnu::noinline]] BOOL change_Named(const Look& look, Signal signal)
+[[gnu::noinline]] BOOL change_Named(Look look, Signal signal)
 {
     Thread_Record* const pSelf = Current_Thread();
     const Object_Reference object = Get_Reference(look);
@@ -39,18 +39,28 @@ void change_Named(Named_Object& event, Signal signal, Thread_Record& self)
     return TRUE;
 }
 
-inline BOOL change(HANDLE event, Signal signal)
+/// What change_Quickly could not do.
+[[gnu::noinline]] BOOL change(Look look, Signal signal)
 {
-    Look look;
-    if (!Look_Up_For(event, Kind::Event, EVENT_MODIFY_STATE, look))
+    const DWORD dwError = Check_Look(look, Kind::Event, EVENT_MODIFY_STATE);
+    if (dwError != ERROR_SUCCESS)
     {
-        return FALSE;
+        return Fail(dwError);
     }
     if ((look.grant & TRAIT_NAMED) != 0)
     {
         return change_Named(look, signal);
     }
     return Change_Signal_Seen(look, signal) || Fail(ERROR_INVALID_HANDLE);
+}
+
+/// Sets or resets an unnamed event on which nobody queues, if its state was the other one.
+inline bool change_Quickly(Look look, Signal signal)
+{
+    constexpr std::uint32_t MUST_BE = EVENT_MODIFY_STATE | Get_Traits(Kind::Event);
+    const bool bSet = signal == Signal::Set;
+    return (look.grant & (EVENT_MODIFY_STATE | TRAIT_KIND | TRAIT_NAMED)) == MUST_BE &&
+           Exchange_Quickly(look, bSet ? 0 : STATE_SET, bSet ? STATE_SET : 0);
 }
 
 } // namespace
@@ -65,10 +75,18 @@ HANDLE OpenEventW(DWORD access, BOOL inherit, LPCWSTR name)
     return Open_Object(Kind::Event, access, inherit, name);
 }
 
-BOOL SetEvent(HANDLE event) { return change(event, Signal::Set); }
+BOOL SetEvent(HANDLE event)
+{
+    const Look look = Look_Up(event);
+    return change_Quickly(look, Signal::Set) || change(look, Signal::Set);
+}
 
-BOOL ResetEvent(HANDLE event) { return change(event, Signal::Reset); }
+BOOL ResetEvent(HANDLE event)
+{
+    const Look look = Look_Up(event);
+    return change_Quickly(look, Signal::Reset) || change(look, Signal::Reset);
+}
 
-BOOL PulseEvent(HANDLE event) { return change(event, Signal::Pulse); }
+BOOL PulseEvent(HANDLE event) { return change(Look_Up(event), Signal::Pulse); }
 
 } // namespace qn_platform

@@ -59,9 +59,8 @@ Found Find_Any(HANDLE handle)
     {
         return {get_Own_Thread_Object(), Get_All_Access(Kind::Thread)};
     }
-    Look look;
     Found found;
-    if (Look_Up(handle, look))
+    if (const Look look = Look_Up(handle); look.object != nullptr)
     {
         found = {Get_Reference(look), look.grant & ACCESS_BITS};
     }

@@ -23,6 +23,12 @@ public:
 
     Element& operator[](std::size_t index) const { return m_pElements[index]; }
 
+    /// The element that begins so many bytes behind the first one.
+    Element& At_Byte(std::size_t offset) const
+    {
+        return *reinterpret_cast<Element*>(reinterpret_cast<char*>(m_pElements) + offset);
+    }
+
     std::size_t Get_Index(const Element& element) const
     {
         return static_cast<std::size_t>(&element - m_pElements);

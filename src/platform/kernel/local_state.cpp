@@ -28,27 +28,6 @@ std::uint32_t get_State_When_Taken(std::uint32_t traits, std::uint32_t state, st
     return (traits & TRAIT_MANUAL) != 0 ? state : state & ~STATE_SET;
 }
 
-void link_Owned(Object& mutex, Thread_Record& self)
-{
-    mutex.previous_owned = nullptr;
-    mutex.next_owned = self.owned_mutexes;
-    if (mutex.next_owned != nullptr)
-    {
-        mutex.next_owned->previous_owned = &mutex;
-    }
-    self.owned_mutexes = &mutex;
-}
-
-void unlink_Owned(Object& mutex, Thread_Record& self)
-{
-    (mutex.previous_owned == nullptr ? self.owned_mutexes : mutex.previous_owned->next_owned) =
-        mutex.next_owned;
-    if (mutex.next_owned != nullptr)
-    {
-        mutex.next_owned->previous_owned = mutex.previous_owned;
-    }
-}
-
 Took take_Again(Object& mutex)
 {
     if (mutex.recursion == MOST_RECURSIONS)
@@ -59,20 +38,20 @@ Took take_Again(Object& mutex)
     return Took::Plain;
 }
 
-Took note_Taken(const Look& look, std::uint32_t state_before, Thread_Record& self)
+Took note_Taken(Look look, std::uint32_t state_before, Thread_Record& self)
 {
     if (!is_Mutex(look.grant))
     {
         return Took::Plain;
     }
-    Begin_Owned(*look.object, self);
+    Link_Owned(*look.object, self);
     return (state_before & STATE_ABANDONED) != 0 ? Took::Abandoned : Took::Plain;
 }
 
-Took take_Queued(const Look& look, Thread_Record& self);
+Took take_Queued(Look look, Thread_Record& self);
 
 /// `locked`: the dispatcher is.
-Took try_Take(const Look& look, Thread_Record& self, bool locked)
+Took try_Take(Look look, Thread_Record& self, bool locked)
 {
     Object& object = *look.object;
     std::uint64_t nWord = object.word.load(std::memory_order_acquire);
@@ -108,7 +87,7 @@ Took try_Take(const Look& look, Thread_Record& self, bool locked)
     }
 }
 
-[[gnu::noinline]] Took take_Queued(const Look& look, Thread_Record& self)
+[[gnu::noinline]] Took take_Queued(Look look, Thread_Record& self)
 {
     const Dispatcher_Lock lock;
     return try_Take(look, self, true);
@@ -133,7 +112,7 @@ std::uint64_t get_Word_After(std::uint64_t word, Signal signal)
 }
 
 /// Changes the object if threads queue on it as `queued` says.
-Changed change_Signal(const Look& look, Signal signal, std::uint32_t queued)
+Changed change_Signal(Look look, Signal signal, std::uint32_t queued)
 {
     std::uint64_t nWord = look.object->word.load(std::memory_order_relaxed);
     do
@@ -154,7 +133,7 @@ Changed change_Signal(const Look& look, Signal signal, std::uint32_t queued)
 
 /// While threads queue on the object they hold references on it, and leave the queue under the lock only; so
 /// this needs none until the last of them has been served, and from then on looks at the generation again.
-[[gnu::noinline]] Changed change_Queued_Signal(const Look& look, Signal signal)
+[[gnu::noinline]] Changed change_Queued_Signal(Look look, Signal signal)
 {
     const Dispatcher_Lock lock;
     const Changed changed =
@@ -199,9 +178,9 @@ bool move_On(Object& object, std::uint64_t& word)
 
 } // namespace
 
-Took Try_Take_Seen(const Look& look, Thread_Record& self) { return try_Take(look, self, false); }
+Took Try_Take_Seen(Look look, Thread_Record& self) { return try_Take(look, self, false); }
 
-bool Can_Take_Seen(const Look& look, const Thread_Record& self)
+bool Can_Take_Seen(Look look, const Thread_Record& self)
 {
     const std::uint64_t nWord = look.object->word.load(std::memory_order_acquire);
     return is_Takeable(look.grant, Get_State(nWord), self.id) || Get_Generation(nWord) != look.generation;
@@ -214,7 +193,7 @@ bool Try_Take(Object& object, Thread_Record& self, bool& abandoned)
     return took == Took::Plain || took == Took::Abandoned;
 }
 
-bool Change_Signal_Seen(const Look& look, Signal signal)
+bool Change_Signal_Seen(Look look, Signal signal)
 {
     Changed changed = change_Signal(look, signal, 0);
     while (changed == Changed::Not_Yet)
@@ -230,13 +209,7 @@ bool Change_Signal_Seen(const Look& look, Signal signal)
 
 void Change_Signal(Object& object, Signal signal) { Change_Signal_Seen(see(object), signal); }
 
-void Begin_Owned(Object& mutex, Thread_Record& self)
-{
-    mutex.recursion = 1;
-    link_Owned(mutex, self);
-}
-
-DWORD Release_Seen(const Look& look, Thread_Record* self)
+DWORD Release_Seen(Look look, Thread_Record* self)
 {
     Object& mutex = *look.object;
     const std::uint64_t nWord = mutex.word.load(std::memory_order_relaxed);
@@ -248,7 +221,7 @@ DWORD Release_Seen(const Look& look, Thread_Record* self)
     {
         return ERROR_NOT_OWNER;
     }
-    if (mutex.recursion > 1)
+    if (mutex.recursion > 0)
     {
         --mutex.recursion;
         return ERROR_SUCCESS;
@@ -259,7 +232,7 @@ DWORD Release_Seen(const Look& look, Thread_Record* self)
 
 void Let_Owner_Go(Object& mutex, Thread_Record& self, std::uint32_t state)
 {
-    unlink_Owned(mutex, self);
+    Unlink_Owned(mutex, self);
     mutex.recursion = 0;
     std::uint64_t nWord = mutex.word.load(std::memory_order_relaxed);
     for (;;)
@@ -292,7 +265,7 @@ bool Disown_For_Good(Object& mutex)
     {
         if (is_Owner(nWord, g_pCurrent_Thread))
         {
-            unlink_Owned(mutex, *g_pCurrent_Thread);
+            Unlink_Owned(mutex, *g_pCurrent_Thread);
             return true;
         }
         if ((nWord & STATE_OWNER) == 0)
@@ -336,9 +309,9 @@ bool Give(Object& object, const Thread_Record& thread)
 {
     const std::uint64_t nWord = object.word.load(std::memory_order_acquire);
     const std::uint32_t nTraits = object.traits.load(std::memory_order_relaxed);
-    if (is_Mutex(nTraits))
+    if (is_Mutex(nTraits) && is_Owner(nWord, &thread))
     {
-        ++object.recursion; // 0 while it is free
+        ++object.recursion;
     }
     const std::uint32_t nState = get_State_When_Taken(nTraits, Get_State(nWord), thread.id);
     object.word.store(With_State(nWord, nState), std::memory_order_release);
@@ -347,9 +320,9 @@ bool Give(Object& object, const Thread_Record& thread)
 
 void Receive(Object& object, Thread_Record& self)
 {
-    if (Get_Kind(object) == Kind::Mutex && object.recursion == 1)
+    if (Get_Kind(object) == Kind::Mutex && object.recursion == 0)
     {
-        link_Owned(object, self);
+        Link_Owned(object, self);
     }
 }
 

@@ -13,7 +13,7 @@ using namespace kernel;
 namespace
 {
 
-[[gnu::noinline]] DWORD release_Named(const Look& look, Thread_Record* self)
+[[gnu::noinline]] DWORD release_Named(Look look, Thread_Record* self)
 {
     const Object_Reference object = Get_Reference(look);
     if (!object)
@@ -22,6 +22,18 @@ namespace
     }
     const bool bReleased = self != nullptr && Release_Named_Mutex(*Get_Named(*object), *self);
     return bReleased ? ERROR_SUCCESS : ERROR_NOT_OWNER;
+}
+
+/// What was not released quickly.
+[[gnu::noinline]] BOOL release(Look look)
+{
+    DWORD dwError = Check_Look(look, Kind::Mutex, 0);
+    if (dwError == ERROR_SUCCESS)
+    {
+        const bool bNamed = (look.grant & TRAIT_NAMED) != 0;
+        dwError = bNamed ? release_Named(look, g_pCurrent_Thread) : Release_Seen(look, g_pCurrent_Thread);
+    }
+    return dwError == ERROR_SUCCESS || Fail(dwError);
 }
 
 } // namespace
@@ -38,15 +50,11 @@ HANDLE OpenMutexW(DWORD access, BOOL inherit, LPCWSTR name)
 
 BOOL ReleaseMutex(HANDLE mutex)
 {
-    Look look;
-    if (!Look_Up_For(mutex, Kind::Mutex, 0, look))
-    {
-        return FALSE;
-    }
+    const Look look = Look_Up(mutex);
     Thread_Record* const pSelf = g_pCurrent_Thread;
-    const bool bNamed = (look.grant & TRAIT_NAMED) != 0;
-    const DWORD dwError = bNamed ? release_Named(look, pSelf) : Release_Seen(look, pSelf);
-    return dwError == ERROR_SUCCESS || Fail(dwError);
+    const bool bQuick =
+        (look.grant & (TRAIT_KIND | TRAIT_NAMED)) == Get_Traits(Kind::Mutex) && pSelf != nullptr;
+    return (bQuick && Release_Quickly(look, *pSelf)) || release(look);
 }
 
 } // namespace qn_platform

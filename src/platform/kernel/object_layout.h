@@ -62,10 +62,10 @@ struct alignas(64) Object
     std::atomic<std::uint64_t> word;
     std::atomic<std::uint32_t> references; // by handles, by waits under way, by its maker; not by its owner
     std::atomic<std::uint32_t> traits;
-    std::uint32_t recursion; // a mutex's waits of its owner; touched by the owner, or on its behalf
+    std::uint32_t recursion; // a mutex's waits of its owner but the first; touched by it, or on its behalf
     std::uint32_t next_free;
-    Object* next_owned; // places in Thread_Record::owned_mutexes
-    Object* previous_owned;
+    Object* next_owned;     // places in Thread_Record::owned_mutexes
+    Object* previous_owned; // of the first one, anything
     union
     {
         struct
@@ -80,13 +80,14 @@ struct alignas(64) Object
 
 static_assert(sizeof(Object) == 64);
 
-/// A handle's place in the table. The word holds, from the top, the handle's generation (9 bits), the two
-/// flags, the object's index (20 bits, 0 for a free slot) and the object's generation (32 bits).
+/// A handle's place in the table. An open slot changes in its flags only; it is written anew between a
+/// closing and the next opening, so what was read between two equal looks at `word` belongs together.
 struct Slot
 {
-    std::atomic<std::uint64_t> word;
-    std::atomic<std::uint32_t> grant; // access mask and the object's traits
-    std::uint32_t next_free;
+    std::atomic<std::uint64_t> word; // handle's value | flags (upper half), object's generation; 0 when free
+    /// The object's place in the array, in bytes (upper half); access mask | object's traits. In a free slot
+    /// the next free slot and the generation of the handle that it holds next.
+    std::atomic<std::uint64_t> content;
 };
 
 inline constexpr std::size_t MOST_OBJECTS = 1u << 20;
@@ -96,62 +97,60 @@ using Slot_Array = Grown_Array<Slot, MOST_OBJECTS, 256>;
 extern Object_Array g_Objects;
 extern Slot_Array g_Slots;
 
-/// What a look at a handle found: the object as it was at that moment.
+// The flags lie in the low bits of the handle's value, which has none there.
+inline constexpr std::uint64_t SLOT_INHERIT = 1ull << 32;
+inline constexpr std::uint64_t SLOT_PROTECT = 2ull << 32;
+inline constexpr std::uint64_t SLOT_FLAGS = SLOT_INHERIT | SLOT_PROTECT;
+
+/// What a look at a handle found: the object as it was at that moment. Null and no rights if there is none.
 struct Look
 {
     Object* object;
     std::uint32_t generation;
     std::uint32_t grant;
+
+    /// The object's word when it has this state.
+    std::uint64_t Get_Word(std::uint32_t state) const
+    {
+        return static_cast<std::uint64_t>(generation) << 32 | state;
+    }
 };
-
-inline constexpr unsigned int SLOT_GENERATION_SHIFT = 55;
-inline constexpr std::uint64_t SLOT_INHERIT = 1ull << 52;
-inline constexpr std::uint64_t SLOT_PROTECT = 1ull << 53;
-inline constexpr std::uint32_t SLOT_INDEX = MOST_OBJECTS - 1;
-
-constexpr std::uint32_t Get_Object_Index(std::uint64_t slot_word)
-{
-    return static_cast<std::uint32_t>(slot_word >> 32) & SLOT_INDEX;
-}
 
 /// Whether a slot with this word is open under this value.
 inline bool Is_Open_As(HANDLE handle, std::uint64_t word)
 {
-    return word >> SLOT_GENERATION_SHIFT == reinterpret_cast<std::uintptr_t>(handle) >> 22 &&
-           Get_Object_Index(word) != 0;
+    return (word & ~SLOT_FLAGS) >> 32 == reinterpret_cast<std::uintptr_t>(handle);
 }
 
 /// The slot of a handle's value and its word; null if the value is no open handle.
 inline Slot* Find_Slot(HANDLE handle, std::uint64_t& word)
 {
-    const auto nValue = reinterpret_cast<std::uintptr_t>(handle);
-    const std::size_t nIndex = nValue >> 2 & SLOT_INDEX;
-    if ((nValue & 3) != 0 || nIndex >= g_Slots.Get_Count())
+    const std::size_t nPlace = reinterpret_cast<std::uintptr_t>(handle) & ((MOST_OBJECTS - 1) << 2);
+    if (nPlace >= g_Slots.Get_Count() << 2) [[unlikely]]
     {
         return nullptr;
     }
-    Slot& slot = g_Slots[nIndex];
+    Slot& slot = g_Slots.At_Byte(nPlace * (sizeof(Slot) >> 2)); // a shift less than by its index
     word = slot.word.load(std::memory_order_acquire);
     return Is_Open_As(handle, word) ? &slot : nullptr;
 }
 
-/// False for a value that is no open handle (the pseudo handles among them); the last error is left alone.
-inline bool Look_Up(HANDLE handle, Look& look)
+/// Nothing for a value that is no open handle (the pseudo handles among them); the last error is left alone.
+inline Look Look_Up(HANDLE handle)
 {
-    std::uint64_t nWord;
     for (;;)
     {
+        std::uint64_t nWord;
         const Slot* const pSlot = Find_Slot(handle, nWord);
-        if (pSlot == nullptr)
+        if (pSlot == nullptr) [[unlikely]]
         {
-            return false;
+            return {};
         }
-        look.grant = pSlot->grant.load(std::memory_order_acquire);
-        if (pSlot->word.load(std::memory_order_relaxed) == nWord) // so both belong together
+        const std::uint64_t nContent = pSlot->content.load(std::memory_order_acquire);
+        if (pSlot->word.load(std::memory_order_relaxed) == nWord) [[likely]]
         {
-            look.object = &g_Objects[Get_Object_Index(nWord)];
-            look.generation = static_cast<std::uint32_t>(nWord);
-            return true;
+            return {&g_Objects.At_Byte(nContent >> 32), static_cast<std::uint32_t>(nWord),
+                    static_cast<std::uint32_t>(nContent)};
         }
     }
 }
@@ -159,14 +158,14 @@ inline bool Look_Up(HANDLE handle, Look& look)
 /// Leaves the last error. False, for the caller to return.
 bool Fail(DWORD code);
 
-/// Look_Up for an operation on one kind of object. False with the last error 6 or 5.
-inline bool Look_Up_For(HANDLE handle, Kind kind, DWORD access, Look& look)
+/// The error of an operation on one kind of object through what was looked up; 0 if there is none.
+inline DWORD Check_Look(Look look, Kind kind, DWORD access)
 {
-    if (!Look_Up(handle, look) || Get_Kind_Of(look.grant) != kind) [[unlikely]]
+    if (Get_Kind_Of(look.grant) != kind) [[unlikely]]
     {
-        return Fail(ERROR_INVALID_HANDLE);
+        return ERROR_INVALID_HANDLE;
     }
-    return (access & ~look.grant) == 0 || Fail(ERROR_ACCESS_DENIED);
+    return (access & ~look.grant) == 0 ? ERROR_SUCCESS : ERROR_ACCESS_DENIED;
 }
 
 } // namespace qn_platform::kernel

@@ -136,7 +136,7 @@ Object_Reference Share(Object& object)
     return Object_Reference(&object);
 }
 
-Object_Reference Get_Reference(const Look& look)
+Object_Reference Get_Reference(Look look)
 {
     Object& object = *look.object;
     std::uint32_t nCount = object.references.load(std::memory_order_relaxed);

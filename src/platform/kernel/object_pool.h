@@ -15,7 +15,7 @@ Object_Reference New_Object(std::uint32_t traits, std::uint32_t state);
 Object_Reference Share(Object& object);
 
 /// A reference to the object that a look found; empty if it is gone by now.
-Object_Reference Get_Reference(const Look& look);
+Object_Reference Get_Reference(Look look);
 
 void Release(Object& object);
 

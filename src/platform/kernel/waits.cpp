@@ -145,12 +145,10 @@ struct Quick_Answer
     unsigned int index;
 };
 
-bool look_Up_Waitable(HANDLE handle, Look& look)
-{
-    return Look_Up(handle, look) && check_Waitable(Get_Kind_Of(look.grant), look.grant) == ERROR_SUCCESS;
-}
+/// A local object that its handle lets be waited for; no handle to a token has that right.
+inline bool is_Local_Waitable(Look look) { return (look.grant & (SYNCHRONIZE | TRAIT_NAMED)) == SYNCHRONIZE; }
 
-[[gnu::noinline]] Took take_Named(const Look& look, Thread_Record& self)
+[[gnu::noinline]] Took take_Named(Look look, Thread_Record& self)
 {
     const Object_Reference object = Get_Reference(look);
     bool bAbandoned = false;
@@ -196,7 +194,8 @@ Quick_Answer take_First(std::span<const HANDLE> handles, Thread_Record& self)
     Look looks[MAXIMUM_WAIT_OBJECTS];
     for (std::size_t i = 0; i < handles.size(); ++i)
     {
-        if (!look_Up_Waitable(handles[i], looks[i]) || (looks[i].grant & TRAIT_NAMED) != 0)
+        looks[i] = Look_Up(handles[i]);
+        if (!is_Local_Waitable(looks[i]))
         {
             return {Took::Stale, 0};
         }
@@ -205,8 +204,7 @@ Quick_Answer take_First(std::span<const HANDLE> handles, Thread_Record& self)
 }
 
 /// The rest of a wait for any that has tried quickly.
-inline DWORD go_On(Quick_Answer quick, std::span<const HANDLE> handles, DWORD milliseconds,
-                   Thread_Record& self)
+DWORD go_On(Quick_Answer quick, std::span<const HANDLE> handles, DWORD milliseconds, Thread_Record& self)
 {
     switch (quick.took)
     {
@@ -226,23 +224,34 @@ inline DWORD go_On(Quick_Answer quick, std::span<const HANDLE> handles, DWORD mi
     }
 }
 
-} // namespace
-
-DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds)
+/// What was not taken quickly.
+[[gnu::noinline]] DWORD wait_For_One(HANDLE handle, Look look, DWORD milliseconds)
 {
     Thread_Record* const pSelf = Current_Thread();
     if (pSelf == nullptr)
     {
         return fail_Wait(ERROR_NOT_ENOUGH_MEMORY);
     }
-    Look look;
     Took took = Took::Stale;
-    if (look_Up_Waitable(handle, look))
+    if (is_Local_Waitable(look))
     {
-        const bool bNamed = (look.grant & TRAIT_NAMED) != 0;
-        took = bNamed ? take_Named(look, *pSelf) : Try_Take_Seen(look, *pSelf);
+        took = Try_Take_Seen(look, *pSelf);
+    }
+    else if ((look.grant & SYNCHRONIZE) != 0)
+    {
+        took = take_Named(look, *pSelf);
     }
     return go_On({took, 0}, {&handle, 1}, milliseconds, *pSelf);
+}
+
+} // namespace
+
+DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds)
+{
+    const Look look = Look_Up(handle);
+    Thread_Record* const pSelf = g_pCurrent_Thread;
+    const bool bQuick = is_Local_Waitable(look) && pSelf != nullptr;
+    return bQuick && Take_Quickly(look, *pSelf) ? WAIT_OBJECT_0 : wait_For_One(handle, look, milliseconds);
 }
 
 DWORD WaitForMultipleObjects(DWORD count, const HANDLE* handles, BOOL wait_all, DWORD milliseconds)
