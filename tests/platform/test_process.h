@@ -22,7 +22,7 @@ public:
     Part(const char* name, Function function);
 };
 
-/// One such process, which ends with its owner, or when that dies, or after a minute.
+/// One such process, which ends with its owner, or when that dies, or after minutes.
 class Test_Process
 {
 public:

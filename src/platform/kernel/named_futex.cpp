@@ -63,6 +63,9 @@ void Wake_Shared(const std::atomic<std::uint32_t>& word, int count)
 int Change_And_Wake(const std::atomic<std::uint32_t>& sleepers, int count,
                     std::atomic<std::uint32_t>& changed, Word_Change change, unsigned int operand)
 {
+    // What this thread wrote before is seen by whoever finds the kernel's change: said in a way that the
+    // compiler, and tools that look for races, understand too.
+    changed.fetch_or(0, std::memory_order_acq_rel);
     // The call can also wake sleepers of the changed word, if that held a certain value before: one that is
     // never there. At worst somebody looks in vain.
     constexpr std::uint32_t NEVER = 0x800;
