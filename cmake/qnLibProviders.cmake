@@ -2,3 +2,4 @@
 
 qnlib_add_provider(crypt32 PACKAGE OpenSSL DEBIAN libssl-dev LIBRARIES OpenSSL::Crypto)
 qnlib_add_provider(advapi32)
+qnlib_add_provider(oleaut32 PACKAGE ICU COMPONENTS i18n uc DEBIAN libicu-dev LIBRARIES ICU::i18n ICU::uc)

@@ -21,7 +21,9 @@
 #include <wincrypt.h>
 
 #include <locale.h>
+#include <oleauto.h>
 #include <stdio.h>
+#include <time.h>
 #include <wchar.h>
 
 #else
@@ -36,6 +38,7 @@
 #include "platform/modules.h"
 #include "platform/security.h"
 #include "platform/text.h"
+#include "platform/time.h"
 #include "platform/tokens.h"
 #include "platform/types.h"
 

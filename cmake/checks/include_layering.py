@@ -29,7 +29,7 @@ BUILDS_ON = {
 }
 # The platform as the library sees it: for callers and library, and for the library alone.
 DOOR = {"include/lib_platform.h", "src/platform/c_locale_text.h", "src/platform/runtime_text.h",
-        "src/platform/white_space.h"}
+        "src/platform/runtime_time.h", "src/platform/white_space.h"}
 FREE = {"include/lib_api.h"}
 GENERATED = {"lib_version.h"}
 

@@ -108,11 +108,13 @@ LIB_API int _vsnwprintf_s(wchar_t* buffer, std::size_t capacity, std::size_t cou
                           std::va_list arguments);
 
 /// Asks for or changes the locale of the runtime that the library uses ("C" at first): case folding,
-/// collation and the decimal point of the formatters and parsers. `category` is LC_ALL, by its number here or
-/// on Windows (0); others give null. A null name only asks; "C" and "" (the user's default locale, from the
-/// environment) are always known; other names are those of the host system. The answer is the name now in
-/// force, valid until the next change, or null when the name is unknown, which changes nothing. The host
-/// program's own locale is neither read nor changed.
+/// collation, the decimal point of the formatters and parsers, and the text of times. `category` is LC_ALL,
+/// by its number here or on Windows (0); others give null. A null name only asks; "C" and "" (the user's
+/// default locale, from the environment) are always known; other names are those of the host system, and
+/// those of the platform that GetLocaleInfoW helps to make, "German_Germany.1252" (with the host's case and
+/// collation if it has that locale, otherwise with Unicode's case and the order of the units). The answer is
+/// the name now in force, or null when the name is unknown, which changes nothing. The host program's own
+/// locale is neither read nor changed.
 LIB_API wchar_t* _wsetlocale(int category, const wchar_t* name);
 
 } // namespace qn_platform

@@ -209,7 +209,7 @@ TEST_F(Runtime_Locale_Test, Takes_The_Users_Default_From_The_Environment)
     setenv("LC_CTYPE", "C.UTF-8", 1);
     setenv("LANG", "POSIX", 1);
     const wchar_t* mixed = _wsetlocale(CATEGORY_ALL, L"");
-    EXPECT_TEXT_EQ(L"LC_COLLATE=C;LC_CTYPE=C.UTF-8;LC_NUMERIC=C", mixed);
+    EXPECT_TEXT_EQ(L"LC_COLLATE=C;LC_CTYPE=C.UTF-8;LC_NUMERIC=C;LC_TIME=C", mixed);
     Enter(L"C");
     EXPECT_EQ(_wsetlocale(CATEGORY_ALL, mixed), mixed) << "a name that was answered can be set again";
     unsetenv("LC_CTYPE");

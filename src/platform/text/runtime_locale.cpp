@@ -11,6 +11,7 @@
 #include <mutex>
 #include <new>
 #include <string>
+#include <utility>
 
 #include <langinfo.h>
 #include <wctype.h>
@@ -23,6 +24,22 @@ namespace
 
 wchar_t g_C_Name[] = L"C";
 constinit const Runtime_Locale g_C_Locale{nullptr, L'.', g_C_Name, nullptr, {}, {}};
+
+constexpr Locale_Texts g_C_Texts{
+    "C",
+    L".",
+    {L"Sunday", L"Monday", L"Tuesday", L"Wednesday", L"Thursday", L"Friday", L"Saturday"},
+    {L"Sun", L"Mon", L"Tue", L"Wed", L"Thu", L"Fri", L"Sat"},
+    {L"January", L"February", L"March", L"April", L"May", L"June", L"July", L"August", L"September",
+     L"October", L"November", L"December"},
+    {L"Jan", L"Feb", L"Mar", L"Apr", L"May", L"Jun", L"Jul", L"Aug", L"Sep", L"Oct", L"Nov", L"Dec"},
+    {L"January", L"February", L"March", L"April", L"May", L"June", L"July", L"August", L"September",
+     L"October", L"November", L"December"},
+    {L"Jan", L"Feb", L"Mar", L"Apr", L"May", L"Jun", L"Jul", L"Aug", L"Sep", L"Oct", L"Nov", L"Dec"},
+    {L"AM", L"PM"},
+    L"MM/dd/yy",
+    L"EEEE, MMMM dd, y",
+    L"HH:mm:ss"};
 
 /// Guards the list of locales that were asked for so far, newest first. It grows by one for each name, and
 /// nothing is taken out of it.
@@ -40,16 +57,23 @@ struct Category
 };
 
 /// What the runtime's locale consists of.
-constexpr std::array<Category, 3> CATEGORIES{
-    {{"LC_COLLATE", LC_COLLATE_MASK}, {"LC_CTYPE", LC_CTYPE_MASK}, {"LC_NUMERIC", LC_NUMERIC_MASK}}};
+constexpr std::array<Category, 4> CATEGORIES{{{"LC_COLLATE", LC_COLLATE_MASK},
+                                              {"LC_CTYPE", LC_CTYPE_MASK},
+                                              {"LC_NUMERIC", LC_NUMERIC_MASK},
+                                              {"LC_TIME", LC_TIME_MASK}}};
 
-/// Where the categories stand that are asked for one by one.
+/// Where the categories stand that are asked for one by one. The texts of dates don't come from the host.
 constexpr std::size_t COLLATION = 0;
 constexpr std::size_t CASE = 1;
+constexpr std::size_t NUMBERS = 2;
+constexpr std::size_t TIME = 3;
 
 using Category_Names = std::array<std::string, CATEGORIES.size()>;
 
 bool is_C_Name(const std::string& name) { return name == "C" || name == "POSIX"; }
+
+/// "C" with whatever encoding, which changes nothing in dates.
+bool writes_Dates_As_C(const std::string& name) { return is_C_Name(name) || name.compare(0, 2, "C.") == 0; }
 
 bool speaks_Utf8(locale_t host) { return std::strcmp(nl_langinfo_l(CODESET, host), "UTF-8") == 0; }
 
@@ -77,18 +101,20 @@ locale_t add_Category(const Category& category, const std::string& name, locale_
 
 bool is_Known(const Category& category, const std::string& name)
 {
+    if (category.m_nMask == LC_TIME_MASK)
+        return writes_Dates_As_C(name) || Find_Texts_By_Host_Name(name.c_str()) != nullptr;
     const locale_t locale = add_Category(category, name, nullptr);
     if (locale != nullptr)
         freelocale(locale);
     return locale != nullptr;
 }
 
-/// The host locale of the three names on the ground of "C.UTF-8", so that it speaks UTF-8 whichever
-/// category comes from "C". Null when a name is unknown.
+/// The host locale of the names on the ground of "C.UTF-8", so that it speaks UTF-8 whichever category comes
+/// from "C". Null when a name is unknown.
 locale_t open_Host(const Category_Names& names)
 {
     locale_t locale = newlocale(LC_ALL_MASK, "C.UTF-8", nullptr);
-    for (std::size_t index = 0; locale != nullptr && index < CATEGORIES.size(); ++index)
+    for (std::size_t index = 0; locale != nullptr && index < TIME; ++index)
     {
         if (is_C_Name(names[index]))
             continue;
@@ -140,20 +166,30 @@ std::string join_Names(const Category_Names& names)
     return joined;
 }
 
-bool has_Name(const Runtime_Locale& locale, const std::string& name)
+bool has_Name(const Runtime_Locale& locale, const wchar_t* name)
 {
-    std::size_t index = 0;
-    while (index < name.size() && locale.m_pName[index] == static_cast<unsigned char>(name[index]))
-        ++index;
-    return index == name.size() && locale.m_pName[index] == 0;
+    const wchar_t* own = locale.m_pName;
+    for (; *own != 0 && *own == *name; ++own)
+        ++name;
+    return *own == *name;
 }
 
-const Runtime_Locale* find_Locale(const std::string& name)
+const Runtime_Locale* find_Locale(const wchar_t* name)
 {
     const Runtime_Locale* locale = g_pLocales;
     while (locale != nullptr && !has_Name(*locale, name))
         locale = locale->m_pNext;
     return locale;
+}
+
+/// A copy of a name, for the life of the process.
+template <class Target, class Source>
+std::unique_ptr<Target[]> copy_Name(const Source* name, std::size_t length)
+{
+    auto text = std::make_unique<Target[]>(length + 1);
+    for (std::size_t index = 0; index < length; ++index)
+        text[index] = static_cast<Target>(name[index]);
+    return text;
 }
 
 wchar_t get_Decimal_Point(locale_t host)
@@ -185,21 +221,30 @@ void fill_Byte_Tables(Runtime_Locale& locale)
     }
 }
 
-const Runtime_Locale* add_Locale(const std::string& name, const Category_Names& names)
+std::unique_ptr<Runtime_Locale> open_Locale(const Category_Names& names)
 {
-    auto text = std::make_unique<wchar_t[]>(name.size() + 1);
-    for (std::size_t index = 0; index < name.size(); ++index)
-        text[index] = static_cast<unsigned char>(name[index]);
     auto locale = std::make_unique<Runtime_Locale>();
+    std::unique_ptr<char[]> time_name;
+    if (!writes_Dates_As_C(names[TIME]))
+        time_name = copy_Name<char>(names[TIME].data(), names[TIME].size());
     locale->m_Host = open_Host(names);
     if (locale->m_Host == nullptr)
         return nullptr;
     locale->m_cDecimal_Point = get_Decimal_Point(locale->m_Host);
     locale->m_bC_Collation = is_C_Name(names[COLLATION]);
     locale->m_bC_Case = is_C_Name(names[CASE]);
-    locale->m_pName = text.release();
-    locale->m_pNext = g_pLocales;
+    locale->m_pTime_Name = time_name.release();
     fill_Byte_Tables(*locale);
+    return locale;
+}
+
+/// Puts a locale on the list, for the life of the process.
+const Runtime_Locale* keep_Locale(std::unique_ptr<Runtime_Locale> locale, std::unique_ptr<wchar_t[]> name)
+{
+    if (locale == nullptr)
+        return nullptr;
+    locale->m_pName = name.release();
+    locale->m_pNext = g_pLocales;
     g_pLocales = locale.get();
     return locale.release();
 }
@@ -216,21 +261,68 @@ bool get_Host_Name(const wchar_t* name, std::string& host_name)
     return true;
 }
 
-const Runtime_Locale* set_Locale(const wchar_t* name)
+const Runtime_Locale* get_Host_Locale(const wchar_t* name)
 {
     std::string host_name;
     if (!get_Host_Name(name, host_name))
         return nullptr;
-    const std::lock_guard lock(g_Locales_Mutex);
-    const Runtime_Locale* locale = find_Locale(is_C_Name(host_name) ? "C" : host_name);
-    if (locale == nullptr)
+    if (is_C_Name(host_name))
+        return &g_C_Locale;
+    const Category_Names names = get_Category_Names(host_name);
+    const std::string joined = join_Names(names);
+    auto text = copy_Name<wchar_t>(joined.data(), joined.size());
+    const Runtime_Locale* locale = find_Locale(text.get());
+    return locale != nullptr ? locale : keep_Locale(open_Locale(names), std::move(text));
+}
+
+/// A name of the platform's runtime: "German_Germany.1252".
+bool is_Platform_Name(const wchar_t* name, std::size_t& length)
+{
+    bool country = false;
+    bool code_page = false;
+    for (length = 0; name[length] != 0; ++length)
     {
-        const Category_Names names = get_Category_Names(host_name);
-        const std::string joined = join_Names(names);
-        locale = find_Locale(joined);
-        if (locale == nullptr)
-            locale = add_Locale(joined, names);
+        if (length == LONGEST_NAME)
+            return false;
+        country = country || name[length] == L'_';
+        code_page = code_page || (country && name[length] == L'.');
     }
+    return code_page;
+}
+
+/// Dates and the decimal point are the locale's own; case and order come from the host if it has the locale,
+/// otherwise letters have a case as Unicode tells and their order is that of the units.
+const Runtime_Locale* get_Platform_Locale(const wchar_t* name)
+{
+    std::size_t length = 0;
+    const Locale_Texts* texts = is_Platform_Name(name, length) ? Find_Texts_By_Platform_Name(name) : nullptr;
+    if (texts == nullptr)
+        return nullptr;
+    const std::string host_name = std::string(texts->m_pHost_Name) + ".UTF-8";
+    Category_Names names{"C", "C.UTF-8", "C", "C"};
+    for (const std::size_t index : {COLLATION, CASE, NUMBERS})
+    {
+        if (is_Known(CATEGORIES[index], host_name))
+            names[index] = host_name;
+    }
+    auto text = copy_Name<wchar_t>(name, length);
+    auto locale = open_Locale(names);
+    if (locale != nullptr)
+    {
+        locale->m_cDecimal_Point = texts->m_pDecimal_Point[0];
+        locale->m_pTexts.store(texts, std::memory_order_relaxed);
+    }
+    return keep_Locale(std::move(locale), std::move(text));
+}
+
+const Runtime_Locale* set_Locale(const wchar_t* name)
+{
+    const std::lock_guard lock(g_Locales_Mutex);
+    const Runtime_Locale* locale = find_Locale(name);
+    if (locale == nullptr)
+        locale = get_Host_Locale(name);
+    if (locale == nullptr)
+        locale = get_Platform_Locale(name);
     if (locale != nullptr)
         g_pRuntime_Locale.store(locale, std::memory_order_release);
     return locale;
@@ -254,6 +346,16 @@ wchar_t Runtime_Locale::Lower(wchar_t unit) const
 wchar_t Runtime_Locale::Upper(wchar_t unit) const
 {
     return m_bC_Case ? qn_runtime::Swap_Case<wchar_t, 'a'>(unit) : fold_Unit(unit, towupper_l, m_Host);
+}
+
+const Locale_Texts* Runtime_Locale::Get_Texts() const
+{
+    const Locale_Texts* texts = m_pTexts.load(std::memory_order_acquire);
+    if (texts != nullptr)
+        return texts;
+    texts = m_pTime_Name == nullptr ? &g_C_Texts : Find_Texts_By_Host_Name(m_pTime_Name);
+    m_pTexts.store(texts, std::memory_order_release);
+    return texts;
 }
 
 wchar_t* _wsetlocale(int category, const wchar_t* name)

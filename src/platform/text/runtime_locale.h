@@ -1,6 +1,8 @@
 #ifndef QNLIB_SRC_PLATFORM_TEXT_RUNTIME_LOCALE_H
 #define QNLIB_SRC_PLATFORM_TEXT_RUNTIME_LOCALE_H
 
+#include "platform/text/locale_texts.h"
+
 #include <atomic>
 
 #include <locale.h>
@@ -18,14 +20,19 @@ struct Runtime_Locale
     char Lower(char byte) const { return m_Lower_Bytes[static_cast<unsigned char>(byte)]; }
     char Upper(char byte) const { return m_Upper_Bytes[static_cast<unsigned char>(byte)]; }
 
+    /// What it writes in dates; null when that cannot be had, because the provider is missing.
+    const Locale_Texts* Get_Texts() const;
+
     locale_t m_Host = nullptr; ///< the host's UTF-8 locale; null for "C", which needs no help
     wchar_t m_cDecimal_Point = L'.';
     wchar_t* m_pName = nullptr;
     const Runtime_Locale* m_pNext = nullptr;
     char m_Lower_Bytes[256]{}; ///< not used by "C"
     char m_Upper_Bytes[256]{};
-    bool m_bC_Case = true;      ///< only A to Z have a case
-    bool m_bC_Collation = true; ///< the order is that of the units
+    bool m_bC_Case = true;              ///< only A to Z have a case
+    bool m_bC_Collation = true;         ///< the order is that of the units
+    const char* m_pTime_Name = nullptr; ///< the host's name for the texts of dates; null for those of "C"
+    mutable std::atomic<const Locale_Texts*> m_pTexts{nullptr}; ///< once they were asked for
 };
 
 extern std::atomic<const Runtime_Locale*> g_pRuntime_Locale;

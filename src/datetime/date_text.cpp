@@ -1,0 +1,107 @@
+#include "datetime/date_time.h"
+
+#include "platform/runtime_time.h"
+
+#include <memory>
+#include <new>
+
+namespace
+{
+
+/// Codes of the platform for a text that is no date and for a date that the value cannot hold.
+constexpr unsigned int TYPE_MISMATCH = 0x80020005;
+constexpr unsigned int VALUE_OVERFLOW = 0x8002000A;
+
+/// All categories of the runtime's locale, by the platform's number.
+constexpr int ALL_CATEGORIES = 0;
+
+constexpr LCTYPE LANGUAGE_IN_ENGLISH = 0x1001;
+constexpr LCTYPE COUNTRY_IN_ENGLISH = 0x1002;
+constexpr LCTYPE ANSI_CODE_PAGE = 0x1004;
+
+struct Free_Text
+{
+    void operator()(wchar_t* pText) const { SysFreeString(pText); }
+};
+
+/// The runtime's name of a locale, "language_country.code page". What the platform doesn't tell is left out;
+/// for an unknown identifier that leaves the empty name of the user's default.
+class Locale_Name
+{
+public:
+    explicit Locale_Name(LCID nLocale)
+    {
+        append(L"", nLocale, LANGUAGE_IN_ENGLISH);
+        append(L"_", nLocale, COUNTRY_IN_ENGLISH);
+        append(L".", nLocale, ANSI_CODE_PAGE);
+        m_Text[m_nLength] = 0;
+    }
+
+    const wchar_t* Get() const { return m_Text; }
+
+private:
+    static constexpr int SIZE = 260;
+
+    void append(const wchar_t* pLead, LCID nLocale, LCTYPE nType)
+    {
+        wchar_t part[SIZE];
+        if (GetLocaleInfoW(nLocale, nType, part, SIZE) > 1)
+        {
+            append(pLead);
+            append(part);
+        }
+    }
+
+    void append(const wchar_t* pText)
+    {
+        while (*pText != 0 && m_nLength < SIZE - 1)
+            m_Text[m_nLength++] = *pText++;
+    }
+
+    wchar_t m_Text[SIZE];
+    int m_nLength = 0;
+};
+
+} // namespace
+
+bool Lib_DateTime::Parse_Date_Time(const wchar_t* pText, unsigned long nFlags, unsigned long nLocale,
+                                   bool /*bLocal*/)
+{
+    const Lib_String strText(pText);
+    const HRESULT nResult = VarDateFromStr(const_cast<wchar_t*>(strText.GetW()), static_cast<LCID>(nLocale),
+                                           static_cast<ULONG>(nFlags), &m_dtValue);
+    const unsigned int nCode = static_cast<unsigned int>(nResult);
+    if (nCode == TYPE_MISMATCH || nCode == VALUE_OVERFLOW)
+        m_dtValue = 0.0;
+    return nResult >= 0;
+}
+
+Lib_String Lib_DateTime::Format(unsigned long nFlags, unsigned long nLocale, bool bTo_Local) const
+{
+    wchar_t* pText = nullptr;
+    const HRESULT nResult = VarBstrFromDate(bTo_Local ? to_Local(m_dtValue) : m_dtValue,
+                                            static_cast<LCID>(nLocale), static_cast<ULONG>(nFlags), &pText);
+    const std::unique_ptr<wchar_t, Free_Text> pOwner(nResult >= 0 ? pText : nullptr);
+    return Lib_String(pOwner.get());
+}
+
+Lib_String Lib_DateTime::Format(unsigned int nId, HINSTANCE hModule) const
+{
+    Lib_String strFormat;
+    strFormat.Load_String(nId, hModule);
+    if (strFormat.Get_Length() == 0)
+        return Lib_String();
+    return Format(strFormat.GetW(), static_cast<unsigned long>(LOCALE_USER_DEFAULT));
+}
+
+Lib_String Lib_DateTime::Format(const wchar_t* pFormat, unsigned long nLocale) const
+{
+    std::tm Fields{};
+    if (!To_tm(Fields))
+        return Lib_String();
+    wchar_t text[128];
+    _wsetlocale(ALL_CATEGORIES, Locale_Name(static_cast<LCID>(nLocale)).Get());
+    const bool bDone = pFormat != nullptr && qn_runtime::Format_Time(text, 128, pFormat, Fields) != 0;
+    _wsetlocale(ALL_CATEGORIES, L"");
+    return bDone ? Lib_String(text) : Lib_String();
+}

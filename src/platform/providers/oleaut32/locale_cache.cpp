@@ -1,0 +1,176 @@
+#include "platform/providers/oleaut32/locale_cache.h"
+
+#include <unicode/uloc.h>
+
+#include <array>
+#include <atomic>
+#include <mutex>
+
+namespace qn_oleaut32
+{
+
+namespace
+{
+
+constexpr int LONGEST_ID = 200;
+constexpr LCID INVARIANT = 0x7F;
+constexpr LCID USER_DEFAULT = 0x400;
+
+struct Entry
+{
+    LCID m_Locale;
+    const Locale_Record* m_pRecord;
+    const Entry* m_pNext;
+};
+
+/// Entries are only added, under the mutex, and never go.
+constinit std::array<std::atomic<const Entry*>, 256> g_Buckets{};
+constinit std::mutex g_Mutex;
+
+std::atomic<const Entry*>& get_Bucket(LCID locale)
+{
+    return g_Buckets[(locale ^ locale >> 8) % g_Buckets.size()];
+}
+
+const Locale_Record* find_Entry(LCID locale)
+{
+    const Entry* entry = get_Bucket(locale).load(std::memory_order_acquire);
+    while (entry != nullptr && entry->m_Locale != locale)
+        entry = entry->m_pNext;
+    return entry != nullptr ? entry->m_pRecord : nullptr;
+}
+
+bool is_Default(LCID locale)
+{
+    return locale == 0 || locale == USER_DEFAULT || locale == 0x800 || locale == 0xC00 || locale == 0x1000;
+}
+
+std::string maximize(const std::string& id)
+{
+    char full[LONGEST_ID] = "";
+    UErrorCode error = U_ZERO_ERROR;
+    uloc_addLikelySubtags(id.c_str(), full, LONGEST_ID, &error);
+    return U_SUCCESS(error) ? full : id;
+}
+
+std::string get_Country(const std::string& id)
+{
+    char country[LONGEST_ID] = "";
+    UErrorCode error = U_ZERO_ERROR;
+    uloc_getCountry(id.c_str(), country, LONGEST_ID, &error);
+    return country;
+}
+
+/// A locale of no country is that of the language's most likely one.
+std::string complete(const std::string& id)
+{
+    if (!get_Country(id).empty())
+        return id;
+    const std::string country = get_Country(maximize(id));
+    return country.empty() ? id : id + "_" + country;
+}
+
+/// ICU's identifier for one of the platform; empty for an unknown one. ICU answers the language for a country
+/// that it doesn't know.
+std::string get_Id(LCID locale)
+{
+    char id[LONGEST_ID] = "";
+    UErrorCode error = U_ZERO_ERROR;
+    uloc_getLocaleForLCID(locale, id, LONGEST_ID, &error);
+    return U_SUCCESS(error) && uloc_getLCID(id) == locale ? complete(id) : std::string();
+}
+
+/// The user's, by the environment; a program of the "C" locale writes as en_US.
+std::string get_Default_Id()
+{
+    const std::string id = uloc_getDefault();
+    const bool plain = id.empty() || id == "root" || id.find("POSIX") != std::string::npos;
+    return plain ? "en_US" : complete(id);
+}
+
+std::unique_ptr<Locale_Record> make_Record(LCID locale)
+{
+    if (locale == INVARIANT)
+        return Make_Invariant_Record();
+    const std::string id = is_Default(locale) ? get_Default_Id() : get_Id(locale);
+    return id.empty() ? nullptr : Make_Record(id);
+}
+
+std::u16string join(const Locale_Names& names)
+{
+    std::u16string name = names.m_strLanguage;
+    if (!names.m_strCountry.empty())
+        name += u"_" + names.m_strCountry;
+    return name + u"." + names.m_strCode_Page;
+}
+
+bool is_Same(const std::u16string& left, const wchar_t* right)
+{
+    std::size_t index = 0;
+    while (index < left.size() && static_cast<char16_t>(right[index]) == left[index])
+        ++index;
+    return index == left.size() && right[index] == 0;
+}
+
+/// Whether two identifiers have one script and country, those being filled in that are left out.
+bool is_Same_Locale(const std::string& left, const std::string& right)
+{
+    return maximize(left) == maximize(right);
+}
+
+} // namespace
+
+const Locale_Record* Find_Locale(LCID locale)
+{
+    constexpr LCID KNOWN_BITS = 0x000FFFFF; // language, and sort order, which doesn't matter here
+    if ((locale & ~KNOWN_BITS) != 0)
+        return nullptr;
+    locale &= 0xFFFF;
+    if (is_Default(locale))
+        locale = USER_DEFAULT;
+    const Locale_Record* record = find_Entry(locale);
+    if (record != nullptr)
+        return record;
+    const std::lock_guard lock(g_Mutex);
+    record = find_Entry(locale);
+    if (record != nullptr)
+        return record;
+    std::unique_ptr<Locale_Record> made = make_Record(locale);
+    if (made == nullptr)
+        return nullptr;
+    std::atomic<const Entry*>& bucket = get_Bucket(locale);
+    bucket.store(new Entry{locale, made.get(), bucket.load(std::memory_order_relaxed)},
+                 std::memory_order_release);
+    return made.release();
+}
+
+const Locale_Record* Find_Locale_By_Platform_Name(const wchar_t* name)
+{
+    if (is_Same(u"Invariant Language_Invariant Country.1252", name))
+        return Find_Locale(INVARIANT);
+    for (int index = 0; index < uloc_countAvailable(); ++index)
+    {
+        const char* id = uloc_getAvailable(index);
+        const LCID locale = uloc_getLCID(id);
+        if (locale != 0 && is_Same(join(Get_Names(id)), name))
+            return Find_Locale(locale);
+    }
+    // The user's own may be one that has no identifier.
+    return is_Same(join(Get_Names(get_Default_Id())), name) ? Find_Locale(USER_DEFAULT) : nullptr;
+}
+
+const Locale_Record* Find_Locale_By_Host_Name(const char* name)
+{
+    std::string plain(name);
+    const std::size_t modifier = std::min(plain.find('@'), plain.size());
+    const std::size_t codeset = std::min(plain.find('.'), modifier);
+    plain.erase(codeset, modifier - codeset);
+    char id[LONGEST_ID] = "";
+    UErrorCode error = U_ZERO_ERROR;
+    uloc_canonicalize(plain.c_str(), id, LONGEST_ID, &error);
+    const LCID locale = U_SUCCESS(error) ? uloc_getLCID(id) : 0;
+    const std::string known = locale != 0 ? get_Id(locale) : std::string();
+    return !known.empty() && is_Same_Locale(known, id) ? Find_Locale(locale) : nullptr;
+}
+
+} // namespace qn_oleaut32

@@ -1,0 +1,106 @@
+// The text of dates by a format of the runtime, and the runtime's locale around it.
+
+#include "lib_datetime.h"
+#include "test_text.h"
+
+#include <string>
+#include <vector>
+
+using test_support::Windows_Target;
+
+namespace
+{
+
+constexpr unsigned long EN_US = 0x409;
+constexpr unsigned long DE = 0x407;
+constexpr unsigned long RU = 0x419;
+constexpr unsigned long JA = 0x411;
+constexpr unsigned long ZH_CN = 0x804;
+
+const Lib_DateTime EVENING(2004, 3, 5, 18, 3, 9);
+
+class Date_Format : public testing::Test
+{
+protected:
+    void SetUp() override { _wsetlocale(0, L"C"); }
+    void TearDown() override { _wsetlocale(0, L"C"); }
+
+    static Lib_String Get_Locale() { return Lib_String(_wsetlocale(0, nullptr)); }
+};
+
+} // namespace
+
+TEST_F(Date_Format, Writes_Names_And_Patterns_Of_The_Locale)
+{
+    EXPECT_TEXT_EQ(L"Fri Friday Mar March PM", EVENING.Format(L"%a %A %b %B %p", EN_US));
+    EXPECT_TEXT_EQ(L"3/5/2004 6:03:09 PM|3/5/2004|6:03:09 PM", EVENING.Format(L"%c|%x|%X", EN_US));
+    EXPECT_TEXT_EQ(L"Friday, March 5, 2004", EVENING.Format(L"%#x", EN_US));
+    EXPECT_TEXT_EQ(L"Friday, March 5, 2004 6:03:09 PM", EVENING.Format(L"%#c", EN_US));
+    EXPECT_TEXT_EQ(L"Fr. Freitag M\x00E4r M\x00E4rz 18:03:09", EVENING.Format(L"%a %A %b %B %X", DE));
+    EXPECT_TEXT_EQ(L"Freitag, 5. M\x00E4rz 2004", EVENING.Format(L"%#x", DE));
+    EXPECT_TEXT_EQ(L"\x043F\x0442 \x043F\x044F\x0442\x043D\x0438\x0446\x0430 \x043C\x0430\x0440\x0442",
+                   EVENING.Format(L"%a %A %B", RU));
+    EXPECT_TEXT_EQ(L"05.03.2004 18:03:09", EVENING.Format(L"%c", RU));
+    EXPECT_TEXT_EQ(L"\x91D1 \x91D1\x66DC\x65E5 3\x6708 \x5348\x5F8C", EVENING.Format(L"%a %A %B %p", JA));
+    EXPECT_TEXT_EQ(L"2004\x5E74"
+                   L"3\x6708"
+                   L"5\x65E5\x91D1\x66DC\x65E5",
+                   EVENING.Format(L"%#x", JA));
+    EXPECT_TEXT_EQ(L"\x4E0B\x5348 2004/3/5 18:03:09", EVENING.Format(L"%p %c", ZH_CN));
+}
+
+TEST_F(Date_Format, Writes_Numbers)
+{
+    EXPECT_TEXT_EQ(L"2004-03-05 18:03:09", EVENING.Format(L"%Y-%m-%d %H:%M:%S", EN_US));
+    EXPECT_TEXT_EQ(L"04 06 065 5 09 09", EVENING.Format(L"%y %I %j %w %U %W", EN_US));
+    EXPECT_TEXT_EQ(L"4 3 5 18 3 9 6 65", EVENING.Format(L"%#y %#m %#d %#H %#M %#S %#I %#j", EN_US));
+    EXPECT_TEXT_EQ(L"100% 12", Lib_DateTime(0.0, false).Format(L"100%% %I", EN_US));
+    EXPECT_TEXT_EQ(L"0100", Lib_DateTime(-657434.0, false).Format(L"%Y", EN_US));
+}
+
+TEST_F(Date_Format, Is_Empty_When_The_Text_Cannot_Be_Made)
+{
+    const std::u16string strLong(125, u'x');
+    std::vector<wchar_t> Format(strLong.begin(), strLong.end());
+    Format.insert(Format.end(), {L'%', L'd', 0});
+    EXPECT_EQ(127u, EVENING.Format(Format.data(), EN_US).Get_Length());
+    Format.insert(Format.begin(), L'x');
+    EXPECT_TEXT_EQ(L"", EVENING.Format(Format.data(), EN_US));
+    EXPECT_TEXT_EQ(L"", EVENING.Format(L"%Q", EN_US));
+    EXPECT_TEXT_EQ(L"", EVENING.Format(L"x%", EN_US));
+    EXPECT_TEXT_EQ(L"", EVENING.Format(L"", EN_US));
+    EXPECT_TEXT_EQ(L"", EVENING.Format(nullptr, EN_US));
+}
+
+TEST_F(Date_Format, Leaves_The_Users_Default_Locale_In_Force)
+{
+    _wsetlocale(0, L"");
+    const Lib_String strDefault = Get_Locale();
+    _wsetlocale(0, L"C");
+    EVENING.Format(L"%d", DE);
+    EXPECT_TEXT_EQ(strDefault, Get_Locale());
+    _wsetlocale(0, L"C");
+    EVENING.Format(L"%Q", DE);
+    EXPECT_TEXT_EQ(strDefault, Get_Locale());
+}
+
+TEST_F(Date_Format, Leaves_The_Locale_Alone_For_A_Value_Out_Of_Range)
+{
+    EXPECT_TEXT_EQ(L"", Lib_DateTime(2958465.5, false).Format(L"%d", DE));
+    EXPECT_TEXT_EQ(L"", Lib_DateTime(2958465.5, false).Format(3u, nullptr));
+    EXPECT_TEXT_EQ(L"C", Get_Locale());
+}
+
+TEST_F(Date_Format, Takes_The_Users_Default_For_An_Unknown_Locale)
+{
+    _wsetlocale(0, L"");
+    const Lib_String strDefault = Get_Locale();
+    EXPECT_TEXT_EQ(L"2004 5", EVENING.Format(L"%Y %#d", 0xFC09));
+    EXPECT_TEXT_EQ(strDefault, Get_Locale());
+}
+
+TEST_F(Date_Format, Loads_Its_Format)
+{
+    EXPECT_TEXT_EQ(L"2004-03-05 at 18:03", EVENING.Format(3u, nullptr));
+    EXPECT_TEXT_EQ(L"", EVENING.Format(4u, nullptr));
+}

@@ -1,0 +1,177 @@
+// What the layer adds to locales and times on Linux: the provider, the runtime's locale by the platform's
+// names, and the conversions of times that only this runtime knows.
+
+#include "lib_platform.h"
+#include "platform/runtime_time.h"
+#include "platform/system_calls.h"
+#include "test_text.h"
+
+#include <cstdlib>
+#include <ctime>
+
+namespace
+{
+
+class Runtime_Time : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        m_Time.tm_year = 104;
+        m_Time.tm_mon = 2;
+        m_Time.tm_mday = 5;
+        m_Time.tm_hour = 18;
+        m_Time.tm_min = 3;
+        m_Time.tm_sec = 9;
+        m_Time.tm_wday = 5;
+        m_Time.tm_yday = 64;
+    }
+
+    void TearDown() override { _wsetlocale(0, L"C"); }
+
+    const wchar_t* Write(const wchar_t* pFormat)
+    {
+        return qn_runtime::Format_Time(m_Text, 128, pFormat, m_Time) != 0 ? m_Text : L"";
+    }
+
+    std::tm m_Time{};
+    wchar_t m_Text[128];
+};
+
+/// Without the provider everything that needs it fails, and nothing else.
+[[noreturn]] void check_Missing()
+{
+    system_calls.open_module = [](const char*, int) -> void* { return nullptr; };
+    wchar_t text[10];
+    BSTR pText = nullptr;
+    double dtValue = 7.0;
+    const bool bInfo = GetLocaleInfoW(0x409, 0x1001, text, 10) == 0 && GetLastError() == ERROR_MOD_NOT_FOUND;
+    const bool bWritten = VarBstrFromDate(1.0, 0x409, 0, &pText) == static_cast<HRESULT>(0x8007007E);
+    const bool bRead = VarDateFromStr(L"1/2/2004", 0x409, 0, &dtValue) == static_cast<HRESULT>(0x8007007E);
+    const bool bLocale = _wsetlocale(0, L"German_Germany.1252") == nullptr && _wsetlocale(0, L"") != nullptr;
+    std::tm Time{};
+    Time.tm_mday = 1;
+    const bool bTime = qn_runtime::Format_Time(text, 10, L"%B", Time) == 7;
+    std::_Exit(bInfo && bWritten && bRead && bLocale && bTime && pText == nullptr && dtValue == 7.0 ? 0 : 1);
+}
+
+} // namespace
+
+TEST(Date_Provider, Fails_Its_Calls_When_It_Is_Missing)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(check_Missing(), testing::ExitedWithCode(0), "");
+}
+
+TEST(Date_Provider, Refuses_Null_Pointers)
+{
+    double dtValue = 7.0;
+    EXPECT_EQ(static_cast<HRESULT>(0x80070057), VarBstrFromDate(1.0, 0x409, 0, nullptr));
+    EXPECT_EQ(static_cast<HRESULT>(0x80070057), VarDateFromStr(L"1/2/2004", 0x409, 0, nullptr));
+    EXPECT_EQ(static_cast<HRESULT>(0x80020005), VarDateFromStr(nullptr, 0x409, 0, &dtValue));
+    EXPECT_EQ(7.0, dtValue);
+    EXPECT_FALSE(VariantTimeToSystemTime(1.0, nullptr));
+    SYSTEMTIME Fields{};
+    EXPECT_FALSE(SystemTimeToVariantTime(&Fields, nullptr));
+    EXPECT_FALSE(SystemTimeToVariantTime(nullptr, &dtValue));
+    for (const auto convert : {FileTimeToLocalFileTime, LocalFileTimeToFileTime})
+    {
+        FILETIME Time{};
+        SetLastError(0);
+        EXPECT_FALSE(convert(nullptr, &Time));
+        EXPECT_FALSE(convert(&Time, nullptr));
+        EXPECT_EQ(ERROR_INVALID_PARAMETER, GetLastError());
+    }
+    EXPECT_FALSE(SystemTimeToFileTime(nullptr, nullptr));
+    EXPECT_FALSE(FileTimeToSystemTime(nullptr, nullptr));
+    EXPECT_EQ(22, _gmtime64_s(nullptr, nullptr));
+}
+
+TEST(Date_Provider, Counts_The_Texts_That_It_Hands_Out)
+{
+    BSTR pText = SysAllocString(L"abc");
+    EXPECT_TEXT_EQ(L"abc", pText);
+    EXPECT_EQ(6u, reinterpret_cast<DWORD*>(pText)[-1]) << "bytes, before the text";
+    SysFreeString(pText);
+    SysFreeString(nullptr);
+    EXPECT_EQ(nullptr, SysAllocString(nullptr));
+}
+
+TEST_F(Runtime_Time, Follows_Locales_By_The_Platforms_Names)
+{
+    for (const auto& [pName, pExpected] :
+         {std::pair(L"German_Germany.1252", L"Fr. 05.03.2004 18:03:09"),
+          std::pair(L"Norwegian Bokm\x00E5l_Norway.1252", L"fre. 05.03.2004 18:03:09"),
+          std::pair(L"Invariant Language_Invariant Country.1252", L"Fri 03/05/2004 18:03:09"),
+          std::pair(L"C", L"Fri 03/05/04 18:03:09")})
+    {
+        EXPECT_TEXT_EQ(pName, _wsetlocale(0, pName));
+        EXPECT_TEXT_EQ(pExpected, Write(L"%a %c"));
+    }
+    for (const wchar_t* pName :
+         {L"German_Nowhere.1252", L"German_Germany.1250", L"_.", L"German_Germany", L"German_Germany.1252x"})
+        EXPECT_EQ(nullptr, _wsetlocale(0, pName)) << test_support::Readable(test_support::Wide_Text(pName));
+    EXPECT_TEXT_EQ(L"C", _wsetlocale(0, nullptr)) << "an unknown name changes nothing";
+}
+
+TEST_F(Runtime_Time, Brings_Case_And_Decimal_Point_With_A_Locale)
+{
+    ASSERT_NE(nullptr, _wsetlocale(0, L"German_Germany.1252"));
+    wchar_t text[20];
+    const auto print = [&text](const wchar_t* pFormat, ...)
+    {
+        va_list Arguments;
+        va_start(Arguments, pFormat);
+        _vsnwprintf_s(text, 20, _TRUNCATE, pFormat, Arguments);
+        va_end(Arguments);
+        return text;
+    };
+    EXPECT_TEXT_EQ(L"1,5", print(L"%.1f", 1.5));
+    _wsetlocale(0, L"C");
+    EXPECT_TEXT_EQ(L"1.5", print(L"%.1f", 1.5));
+}
+
+TEST_F(Runtime_Time, Knows_The_Conversions_Of_Later_Runtimes)
+{
+    EXPECT_TEXT_EQ(L"20 03/05/04 2004-03-05  5 Mar 18:03 18:03:09 06:03:09 PM",
+                   Write(L"%C %D %F %e %h %R %T %r"));
+    EXPECT_TEXT_EQ(L"\n\t5 10 2004 04", Write(L"%n%t%u %V %G %g"));
+    m_Time.tm_year = 105; // 1 January 2005, a Saturday, in the last week of 2004
+    m_Time.tm_mon = 0;
+    m_Time.tm_mday = 1;
+    m_Time.tm_wday = 6;
+    m_Time.tm_yday = 0;
+    EXPECT_TEXT_EQ(L"2004 53 6 00 00", Write(L"%G %V %u %U %W"));
+    m_Time.tm_year = 108; // 29 December 2008, a Monday, in the first week of 2009
+    m_Time.tm_wday = 1;
+    m_Time.tm_yday = 363;
+    EXPECT_TEXT_EQ(L"09 01 52 52", Write(L"%g %V %U %W"));
+}
+
+TEST_F(Runtime_Time, Tells_The_Zone_Of_The_Process)
+{
+    setenv("TZ", "ABC-5:30DEF", 1);
+    EXPECT_TEXT_EQ(L"+0530 ABC", Write(L"%z %Z"));
+    m_Time.tm_isdst = 1;
+    EXPECT_TEXT_EQ(L"+0630 DEF", Write(L"%z %Z"));
+    m_Time.tm_isdst = -1;
+    EXPECT_TEXT_EQ(L"x", Write(L"x%z%Z"));
+    unsetenv("TZ");
+}
+
+TEST_F(Runtime_Time, Refuses_Fields_Out_Of_Range)
+{
+    m_Time.tm_mday = 32;
+    m_Time.tm_mon = 12;
+    m_Time.tm_year = 8100;
+    m_Time.tm_hour = -1;
+    m_Time.tm_min = 60;
+    m_Time.tm_sec = 61;
+    m_Time.tm_wday = 7;
+    m_Time.tm_yday = 366;
+    for (const wchar_t* pFormat :
+         {L"%a", L"%A", L"%b", L"%B", L"%c", L"%C", L"%d", L"%D", L"%e", L"%F", L"%g",
+          L"%G", L"%h", L"%H", L"%I", L"%j", L"%m", L"%M", L"%p", L"%r", L"%R", L"%S",
+          L"%T", L"%u", L"%U", L"%V", L"%w", L"%W", L"%x", L"%X", L"%y", L"%Y"})
+        EXPECT_TEXT_EQ(L"", Write(pFormat));
+}
