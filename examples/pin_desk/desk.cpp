@@ -16,6 +16,8 @@ bool is_Same_Pin(const Lib_Protected_String& Left, const Lib_Protected_String& R
     return !strLeft.Is_Empty() && strLeft == Right.Get_String();
 }
 
+bool is_Limited(const Lib_DateTime& Until) { return Until != Lib_DateTime(); }
+
 Answer no_Such_Card() { return make_Answer(false, L"no such card"); }
 
 } // namespace
@@ -113,6 +115,8 @@ Answer Desk::show(const Request& request) const
         Lib_Write_Buffer(card.m_Badge.Get_Size(), card.m_Badge.Get_Ptr(), strBadge, L':');
     Lib_String strText;
     strText.Format(L"%s, badge %s, %s", card.m_strOwner.GetW(), strBadge.GetW(), describe_Tries(card).GetW());
+    if (is_Limited(card.m_Until))
+        strText += L", until " + m_Clock.Write(card.m_Until);
     return make_Answer(true, strText);
 }
 
@@ -137,7 +141,7 @@ Answer Desk::list(const Request& request) const
 
 void Desk::enter(const Lib_String& strName, const Request& request)
 {
-    m_Cards[strName] = Card{request.m_strOwner, request.m_Pin, request.m_Badge, m_nTries};
+    m_Cards[strName] = Card{request.m_strOwner, request.m_Pin, request.m_Badge, request.m_Until, m_nTries};
 }
 
 /// Names that clients chose themselves are passed over.
@@ -150,7 +154,8 @@ Lib_String Desk::next_Name(const Lib_String& strSeries)
     return strLast;
 }
 
-/// Whether the card exists, isn't blocked, and the PIN is right; otherwise the refusal is ready to be sent.
+/// Whether the card exists, isn't expired or blocked, and the PIN is right; otherwise the refusal is ready to
+/// be sent.
 bool Desk::verify(const Request& request, Answer& Refusal)
 {
     const auto found = m_Cards.find(request.m_strCard);
@@ -160,6 +165,12 @@ bool Desk::verify(const Request& request, Answer& Refusal)
         return false;
     }
     Card& card = found->second;
+    const double dtUntil = card.m_Until;
+    if (is_Limited(card.m_Until) && dtUntil < Lib_DateTime::Get_Current())
+    {
+        Refusal = make_Answer(false, L"the card has expired");
+        return false;
+    }
     if (card.m_nTries_Left == 0)
     {
         Refusal = make_Answer(false, L"the card is blocked");

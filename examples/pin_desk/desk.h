@@ -13,12 +13,13 @@ struct Answer
 };
 
 /// Keeps the table of cards and answers requests from it. A card is blocked after a number of wrong PINs in
-/// a row; a right one in between gives it all its tries back. One thread at a time uses the desk.
+/// a row; a right one in between gives it all its tries back. An expired one is refused, whatever the PIN.
+/// One thread at a time uses the desk.
 class Desk
 {
 public:
     /// nTries, at least 1, is the number of wrong PINs that blocks a card.
-    explicit Desk(unsigned int nTries) : m_nTries(nTries) {}
+    Desk(unsigned int nTries, const Clock& clock) : m_nTries(nTries), m_Clock(clock) {}
 
     Answer Serve(const Request& request);
 
@@ -31,6 +32,7 @@ private:
         Lib_String m_strOwner;
         Lib_Protected_String m_Pin;
         Lib_Buffer m_Badge;
+        Lib_DateTime m_Until;           ///< 0.0 means for ever
         unsigned int m_nTries_Left = 0; ///< 0 means blocked
     };
 
@@ -49,6 +51,7 @@ private:
     Lib_String describe_Tries(const Card& card) const;
 
     unsigned int m_nTries;
+    Clock m_Clock;
     std::map<Lib_String, Card> m_Cards;
     std::map<Lib_String, Lib_String> m_Last_Names; ///< the last name issued in each series
 };

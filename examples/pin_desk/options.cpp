@@ -26,6 +26,16 @@ bool check_Tries(Lib_String& strText)
 
 bool check_Limit(Lib_String& strText) { return is_Number(strText); }
 
+/// A number that the platform knows for a locale: one for which it can write a date.
+bool check_Locale(Lib_String& strText)
+{
+    const bool bHex = strText.Get_Length() > 2 && strText.Get_Length() <= 10 && strText.Mid(0, 2) == L"0x";
+    if (bHex ? !consists_Of(strText.Mid(2), L"0123456789ABCDEFabcdef") : !is_Number(strText))
+        return false;
+    const int nLocale = bHex ? Lib_String_To_Int(strText.Mid(2), 16) : Lib_String_To_Int(strText);
+    return !Lib_DateTime(1.0, false).Format(0, static_cast<unsigned long>(nLocale), false).Is_Empty();
+}
+
 /// Takes the colons between the pairs out.
 bool check_Key(Lib_String& strText)
 {
@@ -70,6 +80,10 @@ Options::Options()
               L"a number from 1 to 99", check_Tries),
       m_Limit(L"-limit", PARAM_TYPE_DWORD, L"0", L"number", L"Number of requests to serve, 0 for all", true,
               L"a number of up to 9 digits", check_Limit),
+      m_Locale(L"-locale", PARAM_TYPE_DWORD, L"", L"identifier",
+               L"Locale of dates, by which lines are stamped, too; without it dates are in the user's", true,
+               L"the identifier of a locale, such as 0x419 for Russian", check_Locale),
+      m_Local(L"-local", PARAM_TYPE_FLAG, L"", L"", L"Dates and stamps are local time, otherwise UTC", true),
       m_Quiet(L"-quiet", PARAM_TYPE_FLAG, L"", L"", L"Prints only what was refused or malformed", true),
       m_Help(L"-help", PARAM_TYPE_FLAG, L"", L"", L"Prints this text", true),
       m_Version(L"--version", PARAM_TYPE_FLAG, L"", L"", L"Prints the version of the library", true)
@@ -95,9 +109,9 @@ unsigned int Options::get_Number(const Lib_Parser_Param& Param)
     return static_cast<unsigned int>(reinterpret_cast<std::uintptr_t>(Param.Get_Param()));
 }
 
-std::array<Option*, 7> Options::all()
+std::array<Option*, 9> Options::all()
 {
-    return {&m_File, &m_Key, &m_Tries, &m_Limit, &m_Quiet, &m_Help, &m_Version};
+    return {&m_File, &m_Key, &m_Tries, &m_Limit, &m_Locale, &m_Local, &m_Quiet, &m_Help, &m_Version};
 }
 
 const Option* Options::find(const Lib_String& strName)

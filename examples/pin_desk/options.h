@@ -1,6 +1,8 @@
 #ifndef PIN_DESK_OPTIONS_H
 #define PIN_DESK_OPTIONS_H
 
+#include "clock.h"
+
 #include <array>
 #include <lib_foundation.h>
 #include <lib_parser.h>
@@ -47,6 +49,9 @@ public:
 
     bool Wants_Help() const { return m_Help.Is_Set(); }
     bool Wants_Version() const { return m_Version.Is_Set(); }
+    /// Whether the lines of the report tell the time.
+    bool Wants_Stamps() const { return m_Locale.Is_Set(); }
+    Clock Get_Clock() const { return Clock(get_Number(m_Locale), m_Local.Is_Set()); }
     bool Is_Quiet() const { return m_Quiet.Is_Set(); }
     const Lib_String& Get_File() const { return *static_cast<Lib_String*>(m_File.Get_Param()); }
     const Lib_Buffer& Get_Key() const { return *static_cast<Lib_Buffer*>(m_Key.Get_Param()); }
@@ -58,7 +63,7 @@ private:
     static unsigned int get_Number(const Lib_Parser_Param& Param);
 
     /// All options, in the order of the help.
-    std::array<Option*, 7> all();
+    std::array<Option*, 9> all();
     const Option* find(const Lib_String& strName);
     Lib_String find_Fault(int nArguments, wchar_t** ppArguments);
 
@@ -79,6 +84,8 @@ private:
     Option m_Key;
     Option m_Tries;
     Option m_Limit;
+    Option m_Locale;
+    Option m_Local;
     Option m_Quiet;
     Option m_Help;
     Option m_Version;

@@ -29,13 +29,13 @@ struct Close_File
     void operator()(std::FILE* pFile) const { std::fclose(pFile); }
 };
 
-void serve_Line(unsigned int nLine, const Lib_String& strLine, Desk& desk, Report& report)
+void serve_Line(unsigned int nLine, const Lib_String& strLine, const Clock& clock, Desk& desk, Report& report)
 {
     if (strLine.Is_Empty() || strLine.Get_At(0) == L'#')
         return;
     Request request;
     Lib_String strFault;
-    if (Read_Request(strLine, request, strFault))
+    if (Read_Request(strLine, clock, request, strFault))
         report.Add_Answer(nLine, request, desk.Serve(request));
     else
         report.Add_Malformed(nLine, strFault);
@@ -44,8 +44,9 @@ void serve_Line(unsigned int nLine, const Lib_String& strLine, Desk& desk, Repor
 /// Serves all requests of the file, up to the limit; false when reading fails.
 bool serve_File(std::FILE* pFile, const Options& options)
 {
-    Desk desk(options.Get_Tries());
-    Report report(options.Get_Key(), options.Is_Quiet());
+    const Clock clock = options.Get_Clock();
+    Desk desk(options.Get_Tries(), clock);
+    Report report(options.Get_Key(), options.Is_Quiet(), clock, options.Wants_Stamps());
     Line_Reader Reader(pFile);
     Lib_String strLine;
     const unsigned int nLimit = options.Get_Limit();
@@ -59,7 +60,7 @@ bool serve_File(std::FILE* pFile, const Options& options)
         if (state == Line_Reader::State::malformed)
             report.Add_Malformed(Reader.Get_Line_Number(), strLine);
         else
-            serve_Line(Reader.Get_Line_Number(), strLine, desk, report);
+            serve_Line(Reader.Get_Line_Number(), strLine, clock, desk, report);
     }
     report.Print_Summary(desk);
     return true;

@@ -44,7 +44,7 @@ void Report::Add_Answer(unsigned int nLine, const Request& request, const Answer
                    answer.m_bDone ? L"done" : L"refused", answer.m_strText.GetW());
     add_To_Audit(strLine);
     if (!m_bQuiet || !answer.m_bDone)
-        Print_Line(strLine);
+        print_Stamped(strLine);
 }
 
 void Report::Add_Malformed(unsigned int nLine, const Lib_String& strFault)
@@ -53,7 +53,7 @@ void Report::Add_Malformed(unsigned int nLine, const Lib_String& strFault)
     Lib_String strLine;
     strLine.Format(L"%5u  malformed: %s", nLine, strFault.GetW());
     add_To_Audit(strLine);
-    Print_Line(strLine);
+    print_Stamped(strLine);
 }
 
 void Report::Print_Summary(const Desk& desk) const
@@ -93,6 +93,11 @@ Lib_String Report::describe_Audit() const
     if (!base64_encode(to_Bytes(m_nAudit), Text, CRYPT_STRING_BASE64 | CRYPT_STRING_NOCRLF))
         return L"cannot be told";
     return Lib_String(static_cast<const char*>(Text.Get_Ptr()));
+}
+
+void Report::print_Stamped(const Lib_String& strLine) const
+{
+    Print_Line(m_bStamps ? m_Clock.Write(Lib_DateTime::Get_Current()) + L" " + strLine : strLine);
 }
 
 /// The number of the answer as four bytes, the highest first. The key keeps clients from telling by their

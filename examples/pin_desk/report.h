@@ -12,8 +12,12 @@
 class Report
 {
 public:
-    /// The key is mixed into the numbers of receipts; bQuiet leaves out what was done.
-    Report(const Lib_Buffer& Key, bool bQuiet) : m_Key(Key), m_bQuiet(bQuiet) {}
+    /// The key is mixed into the numbers of receipts; bQuiet leaves out what was done; bStamps begins lines
+    /// with the time by the clock.
+    Report(const Lib_Buffer& Key, bool bQuiet, const Clock& clock, bool bStamps)
+        : m_Key(Key), m_bQuiet(bQuiet), m_Clock(clock), m_bStamps(bStamps)
+    {
+    }
 
     void Add_Answer(unsigned int nLine, const Request& request, const Answer& answer);
     void Add_Malformed(unsigned int nLine, const Lib_String& strFault);
@@ -35,9 +39,12 @@ private:
     Lib_String make_Receipt() const;
     void add_To_Audit(const Lib_String& strLine);
     Lib_String describe_Audit() const;
+    void print_Stamped(const Lib_String& strLine) const;
 
     Lib_Buffer m_Key;
     bool m_bQuiet;
+    Clock m_Clock;
+    bool m_bStamps;
     Counts m_Total;
     std::map<unsigned int, Counts> m_Sessions;
     unsigned int m_nMalformed = 0;

@@ -16,7 +16,8 @@ enum Field : unsigned int
     FIELD_OWNER = 0x10,
     FIELD_PIN = 0x20,
     FIELD_NEW = 0x40,
-    FIELD_BADGE = 0x80
+    FIELD_BADGE = 0x80,
+    FIELD_UNTIL = 0x100
 };
 
 struct Operation_Record
@@ -28,8 +29,8 @@ struct Operation_Record
 };
 
 constexpr Operation_Record OPERATIONS[] = {
-    {Operation::store, L"store", FIELD_CARD | FIELD_OWNER | FIELD_PIN, FIELD_BADGE},
-    {Operation::issue, L"issue", FIELD_SERIES | FIELD_OWNER | FIELD_PIN, FIELD_BADGE},
+    {Operation::store, L"store", FIELD_CARD | FIELD_OWNER | FIELD_PIN, FIELD_BADGE | FIELD_UNTIL},
+    {Operation::issue, L"issue", FIELD_SERIES | FIELD_OWNER | FIELD_PIN, FIELD_BADGE | FIELD_UNTIL},
     {Operation::check, L"check", FIELD_CARD | FIELD_PIN, 0},
     {Operation::change, L"change", FIELD_CARD | FIELD_PIN | FIELD_NEW, 0},
     {Operation::unblock, L"unblock", FIELD_CARD, 0},
@@ -45,6 +46,7 @@ bool consists_Of(const Lib_String& strText, const wchar_t* pSet, unsigned long l
            strText.Span_Including(pSet).Get_Length() == strText.Get_Length();
 }
 
+constexpr const wchar_t* DATE_DEMAND = L"a date, with a time or without, in the desk's locale";
 constexpr const wchar_t* DIGITS = L"0123456789";
 constexpr const wchar_t* LETTERS = L"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
 constexpr const wchar_t* CARD_CHARACTERS = L"0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz-";
@@ -114,6 +116,12 @@ bool read_Badge(const Lib_String& strValue, Request& Result)
            strBack.CompareNoCase(strValue) == 0;
 }
 
+bool read_Until(const Lib_String& strValue, Request& Result)
+{
+    Result.m_strUntil = strValue;
+    return !strValue.Is_Empty();
+}
+
 struct Field_Record
 {
     Field m_Field;
@@ -131,6 +139,7 @@ constexpr Field_Record FIELDS[] = {
     {FIELD_PIN, L"pin", L"4 to 8 digits", read_Pin},
     {FIELD_NEW, L"new", L"4 to 8 digits", read_New_Pin},
     {FIELD_BADGE, L"badge", L"4 to 10 bytes such as 0a:1b:2c:3d", read_Badge},
+    {FIELD_UNTIL, L"until", DATE_DEMAND, read_Until},
 };
 
 const Field_Record* find_Field(const Lib_String& strName)
@@ -198,7 +207,7 @@ bool check_Fields(Operation operation, unsigned int nSeen, Lib_String& strFault)
 
 } // namespace
 
-bool Read_Request(const Lib_String& strLine, Request& Result, Lib_String& strFault)
+bool Read_Request(const Lib_String& strLine, const Clock& clock, Request& Result, Lib_String& strFault)
 {
     Lib_Strings_Table* pParsed = nullptr;
     if (Lib_Parse_String(strLine, pParsed) == 0)
@@ -218,7 +227,14 @@ bool Read_Request(const Lib_String& strLine, Request& Result, Lib_String& strFau
         if (!read_Pair(strName, strValue, Result, nSeen, strFault))
             return false;
     }
-    return check_Fields(Result.m_Operation, nSeen, strFault);
+    if (!check_Fields(Result.m_Operation, nSeen, strFault))
+        return false;
+    if ((nSeen & FIELD_UNTIL) != 0 && !clock.Read(Result.m_strUntil, Result.m_Until))
+    {
+        strFault.Format(L"until is not %s", DATE_DEMAND);
+        return false;
+    }
+    return true;
 }
 
 const wchar_t* Get_Operation_Name(Operation operation)

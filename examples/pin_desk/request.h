@@ -1,6 +1,8 @@
 #ifndef PIN_DESK_REQUEST_H
 #define PIN_DESK_REQUEST_H
 
+#include "clock.h"
+
 #include <lib_foundation.h>
 #include <lib_protected.h>
 #include <lib_strings.h>
@@ -20,8 +22,8 @@ enum class Operation
 /// One request of a client. Fields that its operation doesn't take are empty.
 ///
 ///   op        takes                         does
-///   store     card owner pin [badge]        enters a card into the table
-///   issue     series owner pin [badge]      the same under the next free name of a series
+///   store     card owner pin [badge until]  enters a card into the table; it expires at `until`
+///   issue     series owner pin [badge until] the same under the next free name of a series
 ///   check     card pin                      checks a PIN
 ///   change    card pin new                  changes a PIN
 ///   unblock   card                          gives a blocked card its tries back
@@ -41,12 +43,14 @@ struct Request
     Lib_Protected_String m_Pin;
     Lib_Protected_String m_New_Pin;
     Lib_Buffer m_Badge;
+    Lib_String m_strUntil; ///< as the client wrote it
+    Lib_DateTime m_Until;  ///< system time; 0.0 without m_strUntil
 };
 
 /// Reads a line such as `op=store card=0001 owner=Anna Ivanova pin=3441`. False for a malformed one, with
 /// what is wrong in strFault; the fault never quotes a value, since that could be a PIN. Throws
 /// std::runtime_error if PINs cannot be enciphered.
-bool Read_Request(const Lib_String& strLine, Request& Result, Lib_String& strFault);
+bool Read_Request(const Lib_String& strLine, const Clock& clock, Request& Result, Lib_String& strFault);
 
 const wchar_t* Get_Operation_Name(Operation operation);
 

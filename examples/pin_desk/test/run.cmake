@@ -89,3 +89,22 @@ if("${EMULATOR}" STREQUAL "")
            TEXTS "2  malformed: the line is longer" "3  malformed: the line is not UTF-8"
                  "4  malformed: the line is not UTF-8" "    5  " "5 requests: 2 done")
 endif()
+
+# Dates of requests and stamps in the user's locale.
+file(WRITE "${WORK}/dates.txt" "op=store card=1 owner=A pin=1234 until=31.12.2099 18:00\nop=show card=1\n"
+     "op=store card=2 owner=B pin=1234 until=1.5.2001\nop=check card=2 pin=1234\n"
+     "op=store card=3 owner=C pin=1234 until=tomorrow\nop=check card=1 pin=1234 until=1.5.2099")
+foreach(locale 0x419 1049)
+    run(-in "${WORK}/dates.txt" -locale ${locale})
+    expect("dates in Russian" CODE 0
+           TEXTS "until 31.12.2099 18:00:00" "the card has expired" "malformed: until is not a date"
+                 "malformed: check takes no until" "done     stored for A")
+    if(NOT output MATCHES "^[0-9][0-9]\\.[0-9][0-9]\\.20[0-9][0-9] [0-9][0-9]:[0-9][0-9]:[0-9][0-9]  +1  ")
+        message(SEND_ERROR "The first line has no stamp in Russian:\n${output}")
+    endif()
+endforeach()
+run(-in "${WORK}/dates.txt" -locale 0x419 -local)
+expect("local times come back as they went" CODE 0 TEXTS "until 31.12.2099 18:00:00")
+foreach(locale abc 0xFC09 0x 0x41G -1 0x123456789)
+    expect_refusal("-locale takes the identifier of a locale" -in "${requests}" -locale ${locale})
+endforeach()
