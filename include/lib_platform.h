@@ -35,6 +35,8 @@
 #include "platform/crypt.h"
 #include "platform/guid.h"
 #include "platform/kernel.h"
+#include "platform/memory.h"
+#include "platform/messages.h"
 #include "platform/modules.h"
 #include "platform/security.h"
 #include "platform/text.h"
