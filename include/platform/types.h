@@ -51,6 +51,7 @@ using LPHANDLE = HANDLE*;
 using PHANDLE = HANDLE*;
 using HLOCAL = HANDLE;
 using SIZE_T = unsigned long long;
+using DWORD_PTR = unsigned long long;
 using HINSTANCE = struct HINSTANCE__*;
 using HMODULE = HINSTANCE;
 using FARPROC = long long (*)();
