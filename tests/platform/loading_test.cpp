@@ -39,7 +39,7 @@ protected:
 
     System_Calls m_Saved = system_calls;
     const std::filesystem::path m_Folder =
-        std::filesystem::temp_directory_path() / ("qn_loading_" + std::to_string(getpid()));
+        std::filesystem::temp_directory_path() / ("qn_loading_" + std::to_string(GetCurrentProcessId()));
 };
 
 std::vector<std::string> Candidates_Of(LPCWSTR name) { return Module_Candidates(Read_Module_Name(name)); }
