@@ -10,7 +10,7 @@ bool consists_Of(const Lib_String& strText, const wchar_t* pSet)
     return strText.Span_Including(pSet).Get_Length() == strText.Get_Length();
 }
 
-bool check_File(Lib_String& strText) { return !strText.Is_Empty(); }
+bool is_Not_Empty(Lib_String& strText) { return !strText.Is_Empty(); }
 
 /// Decimal digits only, few enough for an int.
 bool is_Number(const Lib_String& strText)
@@ -34,6 +34,27 @@ bool check_Locale(Lib_String& strText)
         return false;
     const int nLocale = bHex ? Lib_String_To_Int(strText.Mid(2), 16) : Lib_String_To_Int(strText);
     return !Lib_DateTime(1.0, false).Format(0, static_cast<unsigned long>(nLocale), false).Is_Empty();
+}
+
+/// Few enough digits for the milliseconds of a wait.
+bool check_Seconds(Lib_String& strText) { return is_Number(strText) && strText.Get_Length() <= 6; }
+
+/// The name may have blanks in it; the number of seconds comes last.
+Lib_String name_Of_Guard(const Lib_String& strText)
+{
+    const int nBlank = strText.Reverse_Find(L' ');
+    return nBlank > 0 ? strText.Left(static_cast<unsigned long long>(nBlank)) : Lib_String();
+}
+
+Lib_String seconds_Of_Guard(const Lib_String& strText)
+{
+    return strText.Mid(static_cast<unsigned long long>(strText.Reverse_Find(L' ') + 1));
+}
+
+bool check_Guard(Lib_String& strText)
+{
+    Lib_String strSeconds = seconds_Of_Guard(strText);
+    return !name_Of_Guard(strText).Is_Empty() && check_Seconds(strSeconds);
 }
 
 /// Takes the colons between the pairs out.
@@ -71,8 +92,8 @@ void Option::Make_Value(const Lib_String& strText)
 }
 
 Options::Options()
-    : m_File(L"-in", PARAM_TYPE_STRING, L"", L"file", L"File of requests in UTF-8, one on a line", false,
-             L"the path of a file", check_File),
+    : m_File(L"-in", PARAM_TYPE_STRING, L"", L"file", L"File of requests in UTF-8, one on a line", true,
+             L"the path of a file", is_Not_Empty),
       m_Key(L"-key", PARAM_TYPE_HEX_BYTES, L"", L"hex",
             L"Key of the desk, mixed into the numbers of receipts", true,
             L"pairs of hexadecimal digits such as 0a1b or 0a:1b", check_Key),
@@ -85,6 +106,15 @@ Options::Options()
                L"the identifier of a locale, such as 0x419 for Russian", check_Locale),
       m_Local(L"-local", PARAM_TYPE_FLAG, L"", L"", L"Dates and stamps are local time, otherwise UTC", true),
       m_Quiet(L"-quiet", PARAM_TYPE_FLAG, L"", L"", L"Prints only what was refused or malformed", true),
+      m_Watch(L"-watch", PARAM_TYPE_STRING, L"", L"name",
+              L"Waits for the named event, or until its guard is lost", true, L"a name", is_Not_Empty),
+      m_Wait(L"-wait", PARAM_TYPE_DWORD, L"0", L"seconds", L"Time after which -watch gives up, 0 for never",
+             true, L"a number of up to 6 digits", check_Seconds),
+      m_Signal(L"-signal", PARAM_TYPE_STRING, L"", L"name", L"Signals the named event to all who watch it",
+               true, L"a name", is_Not_Empty),
+      m_Guard(L"-guard", PARAM_TYPE_STRING, L"", L"name> <seconds",
+              L"Stands guard over the named event for some seconds", true,
+              L"a name and a number of up to 6 digits", check_Guard),
       m_Help(L"-help", PARAM_TYPE_FLAG, L"", L"", L"Prints this text", true),
       m_Version(L"--version", PARAM_TYPE_FLAG, L"", L"", L"Prints the version of the library", true)
 {
@@ -92,11 +122,40 @@ Options::Options()
 
 bool Options::Read(int nArguments, wchar_t** ppArguments, Lib_String& strFault)
 {
+    std::vector<wchar_t*> Arguments = join_Guard_Values(nArguments, ppArguments);
+    const int nJoined = static_cast<int>(Arguments.size());
     const bool bRead =
-        with_Params([=](int nParams, auto*... pParams)
-                    { return Lib_Parser::Parse_Params(nArguments, ppArguments, nParams, pParams...); });
-    strFault = find_Fault(nArguments, ppArguments);
+        with_Params([&](int nParams, auto*... pParams)
+                    { return Lib_Parser::Parse_Params(nJoined, Arguments.data(), nParams, pParams...); });
+    strFault = find_Fault(nJoined, Arguments.data());
     return bRead && strFault.Is_Empty();
+}
+
+/// A parameter takes one value, and -guard has two: they become one text.
+std::vector<wchar_t*> Options::join_Guard_Values(int nArguments, wchar_t** ppArguments)
+{
+    std::vector<wchar_t*> Arguments(ppArguments, ppArguments + nArguments);
+    for (std::size_t i = 1; i + 2 < Arguments.size(); ++i)
+    {
+        const Option* pOption = find(Arguments[i]);
+        if (pOption == &m_Guard)
+        {
+            m_strGuard_Values = Lib_String(Arguments[i + 1]) + L" " + Arguments[i + 2];
+            Arguments[i + 1] = m_strGuard_Values.Get_Buffer(0);
+            Arguments.erase(Arguments.begin() + static_cast<std::ptrdiff_t>(i) + 2);
+        }
+        i += pOption != nullptr && pOption->Takes_Value() ? 1 : 0;
+    }
+    return Arguments;
+}
+
+Lib_String Options::Get_Guarded() const { return name_Of_Guard(get_Text(m_Guard)); }
+
+unsigned int Options::Get_Seconds() const
+{
+    return m_Guard.Is_Set()
+               ? static_cast<unsigned int>(Lib_String_To_Int(seconds_Of_Guard(get_Text(m_Guard))))
+               : get_Number(m_Wait);
 }
 
 void Options::Print_Help()
@@ -109,9 +168,10 @@ unsigned int Options::get_Number(const Lib_Parser_Param& Param)
     return static_cast<unsigned int>(reinterpret_cast<std::uintptr_t>(Param.Get_Param()));
 }
 
-std::array<Option*, 9> Options::all()
+std::array<Option*, 13> Options::all()
 {
-    return {&m_File, &m_Key, &m_Tries, &m_Limit, &m_Locale, &m_Local, &m_Quiet, &m_Help, &m_Version};
+    return {&m_File,  &m_Key,  &m_Tries,  &m_Limit, &m_Locale, &m_Local,  &m_Quiet,
+            &m_Watch, &m_Wait, &m_Signal, &m_Guard, &m_Help,   &m_Version};
 }
 
 const Option* Options::find(const Lib_String& strName)
@@ -138,10 +198,22 @@ Lib_String Options::find_Fault(int nArguments, wchar_t** ppArguments)
     }
     for (const Option* pOption : all())
     {
-        if (!pOption->Is_Set() && !pOption->Is_Optional())
-            return pOption->Get_Name() + L" is missing";
         if (pOption->Is_Set() && !pOption->Is_Right())
             return pOption->Get_Name() + L" takes " + pOption->Get_Demand();
     }
-    return Lib_String();
+    return find_Fault_Of_Task();
+}
+
+/// There is one task.
+Lib_String Options::find_Fault_Of_Task() const
+{
+    const Option* pTask = nullptr;
+    for (const Option* pOption : {&m_File, &m_Watch, &m_Signal, &m_Guard})
+    {
+        if (pOption->Is_Set() && pTask != nullptr)
+            return pTask->Get_Name() + L" and " + pOption->Get_Name() + L" are two tasks";
+        if (pOption->Is_Set())
+            pTask = pOption;
+    }
+    return pTask != nullptr ? Lib_String() : L"-in is missing, or another task";
 }

@@ -8,6 +8,7 @@
 #include <lib_parser.h>
 #include <lib_strings.h>
 #include <tuple>
+#include <vector>
 
 /// A parameter that looks at what was typed for it, since the parser takes any text for a value.
 class Option : public Lib_Parser_Param
@@ -53,19 +54,33 @@ public:
     bool Wants_Stamps() const { return m_Locale.Is_Set(); }
     Clock Get_Clock() const { return Clock(get_Number(m_Locale), m_Local.Is_Set()); }
     bool Is_Quiet() const { return m_Quiet.Is_Set(); }
-    const Lib_String& Get_File() const { return *static_cast<Lib_String*>(m_File.Get_Param()); }
+    const Lib_String& Get_File() const { return get_Text(m_File); }
     const Lib_Buffer& Get_Key() const { return *static_cast<Lib_Buffer*>(m_Key.Get_Param()); }
     unsigned int Get_Tries() const { return get_Number(m_Tries); }
     /// How many requests to serve; 0 means all.
     unsigned int Get_Limit() const { return get_Number(m_Limit); }
 
+    /// The names of the event to watch, to signal and to guard; the one that is not empty is the task. When
+    /// all are, it is the file.
+    const Lib_String& Get_Watched() const { return get_Text(m_Watch); }
+    const Lib_String& Get_Signalled() const { return get_Text(m_Signal); }
+    Lib_String Get_Guarded() const;
+    /// The seconds to watch, where 0 means without end, or to guard.
+    unsigned int Get_Seconds() const;
+
 private:
     static unsigned int get_Number(const Lib_Parser_Param& Param);
+    static const Lib_String& get_Text(const Lib_Parser_Param& Param)
+    {
+        return *static_cast<Lib_String*>(Param.Get_Param());
+    }
 
     /// All options, in the order of the help.
-    std::array<Option*, 9> all();
+    std::array<Option*, 13> all();
     const Option* find(const Lib_String& strName);
     Lib_String find_Fault(int nArguments, wchar_t** ppArguments);
+    Lib_String find_Fault_Of_Task() const;
+    std::vector<wchar_t*> join_Guard_Values(int nArguments, wchar_t** ppArguments);
 
     /// Calls `callee` with the number of the parameters and with all of them, as the parser wants its list.
     template <class Callee>
@@ -87,8 +102,13 @@ private:
     Option m_Locale;
     Option m_Local;
     Option m_Quiet;
+    Option m_Watch;
+    Option m_Wait;
+    Option m_Signal;
+    Option m_Guard;
     Option m_Help;
     Option m_Version;
+    Lib_String m_strGuard_Values; ///< the two values of -guard as one text
 };
 
 #endif

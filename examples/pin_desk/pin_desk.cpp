@@ -1,15 +1,17 @@
 // The desk that keeps the PINs of its clients' cards: it reads requests from a file, answers each of them and
-// prints a line for each answer, and shows the library at work on the way.
+// prints a line for each answer, and shows the library at work on the way. Other tasks watch, signal and
+// guard a named event across processes.
 //
 // Exit codes: 0 when the file was read to its end or the limit, also with malformed lines in it; 1 when the
 // report could not be written, memory ran out or there is no cipher for PINs; 2 when the command line or the
-// file is no good.
+// file is no good. Those of the other tasks are told in watch.h.
 
 #include "desk.h"
 #include "host.h"
 #include "line_reader.h"
 #include "options.h"
 #include "report.h"
+#include "watch.h"
 
 #include <cerrno>
 #include <lib_version.h>
@@ -109,6 +111,12 @@ int run(int nArguments, wchar_t** ppArguments)
     }
     if (!bRead)
         return refuse(options, strFault);
+    if (!options.Get_Watched().Is_Empty())
+        return Watch(options.Get_Watched(), options.Get_Seconds());
+    if (!options.Get_Signalled().Is_Empty())
+        return Signal(options.Get_Signalled());
+    if (!options.Get_Guarded().Is_Empty())
+        return Guard(options.Get_Guarded(), options.Get_Seconds());
     const std::unique_ptr<std::FILE, Close_File> pFile(Open_For_Reading(options.Get_File()));
     if (pFile == nullptr || !serve_File(pFile.get(), options))
         return refuse(options, L"The file " + options.Get_File() + L" cannot be read: " + tell_Reason(errno));
