@@ -140,8 +140,8 @@ std::vector<wchar_t*> Options::join_Guard_Values(int nArguments, wchar_t** ppArg
         const Option* pOption = find(Arguments[i]);
         if (pOption == &m_Guard)
         {
-            m_strGuard_Values = Lib_String(Arguments[i + 1]) + L" " + Arguments[i + 2];
-            Arguments[i + 1] = m_strGuard_Values.Get_Buffer(0);
+            m_Guard_Values.push_back(Lib_String(Arguments[i + 1]) + L" " + Arguments[i + 2]);
+            Arguments[i + 1] = m_Guard_Values.back().Get_Buffer(0);
             Arguments.erase(Arguments.begin() + static_cast<std::ptrdiff_t>(i) + 2);
         }
         i += pOption != nullptr && pOption->Takes_Value() ? 1 : 0;

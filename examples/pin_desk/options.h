@@ -7,6 +7,7 @@
 #include <lib_foundation.h>
 #include <lib_parser.h>
 #include <lib_strings.h>
+#include <list>
 #include <tuple>
 #include <vector>
 
@@ -108,7 +109,7 @@ private:
     Option m_Guard;
     Option m_Help;
     Option m_Version;
-    Lib_String m_strGuard_Values; ///< the two values of -guard as one text
+    std::list<Lib_String> m_Guard_Values; ///< the two values of each -guard as one text
 };
 
 #endif
