@@ -1,0 +1,77 @@
+#include "kernel/lib_locker.h"
+
+// The counter's order between threads comes from the lock, so all its accesses are relaxed.
+
+Lib_Locker::Lib_Locker() { m_Mutex.Create_Public_With_Unique_Name(true, false); }
+
+Lib_Locker::Lib_Locker(const Lib_Locker& Source) = default;
+
+Lib_Locker::~Lib_Locker() { m_Mutex.Close(); }
+
+Lib_Locker& Lib_Locker::operator=(const Lib_Locker& Source) = default;
+
+bool Lib_Locker::Lock(unsigned long dwMilliseconds) { return m_Mutex.Wait_Until_Object_0(dwMilliseconds); }
+
+bool Lib_Locker::Unlock() { return m_Mutex.Release(); }
+
+void Lib_Locker::lock() { m_Mutex.Wait(INFINITE); }
+
+void Lib_Locker::unlock() { m_Mutex.Release(); }
+
+Lib_Locker_With_Counter::Lib_Locker_With_Counter() { m_Mutex.Create_Public_With_Unique_Name(true, false); }
+
+Lib_Locker_With_Counter::Lib_Locker_With_Counter(const Lib_Locker_With_Counter& Source)
+    : m_Mutex(Source.m_Mutex), m_dwCounter(static_cast<unsigned int>(Source.Get_Counter()))
+{
+}
+
+Lib_Locker_With_Counter::~Lib_Locker_With_Counter()
+{
+    Set_Counter(0);
+    m_Mutex.Close();
+}
+
+Lib_Locker_With_Counter& Lib_Locker_With_Counter::operator=(const Lib_Locker_With_Counter& Source)
+{
+    if (this != &Source)
+    {
+        m_Mutex = Source.m_Mutex;
+        Set_Counter(Source.Get_Counter());
+    }
+    return *this;
+}
+
+bool Lib_Locker_With_Counter::Lock(unsigned long dwMilliseconds)
+{
+    return m_Mutex.Wait_Until_Object_0(dwMilliseconds);
+}
+
+bool Lib_Locker_With_Counter::Unlock() { return m_Mutex.Release(); }
+
+bool Lib_Locker_With_Counter::Lock_And_Increase(unsigned long dwMilliseconds)
+{
+    const unsigned long dwWait = m_Mutex.Wait(dwMilliseconds);
+    const bool bHas_Lock = dwWait == WAIT_OBJECT_0 || dwWait == WAIT_ABANDONED;
+    const unsigned long dwCounter = Get_Counter();
+    if (bHas_Lock && dwCounter < 0xFFFFFFFF)
+        Set_Counter(dwCounter + 1);
+    return dwWait == WAIT_OBJECT_0;
+}
+
+bool Lib_Locker_With_Counter::Decrease_And_Unlock()
+{
+    const unsigned long dwCounter = Get_Counter();
+    if (dwCounter != 0)
+        Set_Counter(dwCounter - 1);
+    return m_Mutex.Release();
+}
+
+unsigned long Lib_Locker_With_Counter::Get_Counter() const
+{
+    return m_dwCounter.load(std::memory_order_relaxed);
+}
+
+void Lib_Locker_With_Counter::Set_Counter(unsigned long dwValue)
+{
+    m_dwCounter.store(static_cast<unsigned int>(dwValue), std::memory_order_relaxed);
+}
