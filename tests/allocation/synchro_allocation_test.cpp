@@ -1,0 +1,141 @@
+#include "failing_allocator.h"
+#include "lib_kernel.h"
+#include "test_text.h"
+
+#include <memory>
+#include <new>
+
+using namespace test_support;
+
+namespace
+{
+
+// Longer than what a string could hold without an allocation, if it ever learned that.
+constexpr const wchar_t* NEW_NAME = L"qnLib allocation test: the name that an object is given";
+
+/// An event under a name of its own, and whether anyone still has it open.
+class Synchro_Allocation : public testing::Test
+{
+protected:
+    void SetUp() override { ASSERT_TRUE(m_Event.Create_Public_With_Unique_Name(false, true, false)); }
+
+    bool exists(const wchar_t* pName) const
+    {
+        Lib_Event other;
+        return other.Open(pName, SYNCHRONIZE, false);
+    }
+
+    /// Calls with each allocation failing in turn. If std::bad_alloc leaves, the event has to be as it was;
+    /// if the platform came to grief instead, which answers false, it is closed under the new name.
+    template <class Call>
+    void expect_Untouched(const Call& call)
+    {
+        call(*std::make_unique<Lib_Event>()); // what the platform keeps for later is made
+        EXPECT_LT(0u, Fail_Each_Allocation_Without_Loss(
+                          [&](unsigned int nNth)
+                          {
+                              Lib_Event event(m_Event);
+                              void* const hEvent = event;
+                              Failing_Allocation failure(nNth);
+                              try
+                              {
+                                  call(event);
+                                  EXPECT_TRUE(!failure.Has_Failed() || event.operator void*() == nullptr);
+                              }
+                              catch (const std::bad_alloc&)
+                              {
+                                  EXPECT_TEXT_EQ(m_Event.Get_Name(), event.Get_Name());
+                                  EXPECT_EQ(hEvent, event.operator void*());
+                                  EXPECT_TRUE(event.Set());
+                              }
+                              return failure.Has_Failed();
+                          }));
+    }
+
+    Lib_Event m_Event;
+};
+
+TEST_F(Synchro_Allocation, A_Name_That_Cannot_Be_Taken_Changes_Nothing)
+{
+    expect_Untouched([](Lib_Event& event) { event.Set_Name(NEW_NAME); });
+    expect_Untouched([](Lib_Event& event) { event.Set_Unique_Name(true); });
+    expect_Untouched([](Lib_Event& event) { event.Create(nullptr, true, false, NEW_NAME); });
+    expect_Untouched([](Lib_Event& event) { event.Open(NEW_NAME, SYNCHRONIZE, false); });
+    EXPECT_FALSE(exists(NEW_NAME));
+}
+
+TEST_F(Synchro_Allocation, No_Handle_Is_Lost)
+{
+    const Lib_String strName = m_Event.Get_Name();
+    const unsigned int nFailures = Fail_Each_Allocation(
+        [&](unsigned int nNth)
+        {
+            EXPECT_TRUE(m_Event.Create(nullptr, true, false, strName));
+            bool bFailed = false;
+            try
+            {
+                const Failing_Allocation failure(nNth);
+                const Lib_Event duplicate(m_Event, NEW_NAME);
+                EXPECT_TRUE(duplicate.Set());
+            }
+            catch (const std::bad_alloc&)
+            {
+                bFailed = true;
+            }
+            m_Event.Close();
+            EXPECT_FALSE(exists(strName)) << "the duplicate stayed open";
+            return bFailed;
+        });
+    EXPECT_EQ(1u, nFailures);
+}
+
+TEST_F(Synchro_Allocation, A_Unique_Name_That_Cannot_Be_Made_Leaves_An_Empty_Object)
+{
+    const auto make = [](Lib_Mutex& mutex)
+    {
+        mutex.Create_Public_With_Unique_Name(true, false);
+        const Lib_Locker locker;
+        const Lib_Locker_With_Counter counter;
+    };
+    make(*std::make_unique<Lib_Mutex>());
+    const unsigned int nFailures = Fail_Each_Allocation_Without_Loss(
+        [&](unsigned int nNth)
+        {
+            Lib_Mutex mutex;
+            EXPECT_TRUE(mutex.Create(nullptr, false, NEW_NAME));
+            Failing_Allocation failure(nNth);
+            try
+            {
+                make(mutex);
+            }
+            catch (const std::bad_alloc&)
+            {
+                EXPECT_FALSE(exists(NEW_NAME));
+            }
+            return failure.Has_Failed();
+        });
+    EXPECT_LT(5u, nFailures) << "a few for each of the three names";
+}
+
+TEST_F(Synchro_Allocation, A_Wait_For_Several_Answers_That_Memory_Is_Short)
+{
+    LibT_Array<Lib_Synchro*, 4> objects;
+    objects.Add(&m_Event);
+    EXPECT_TRUE(m_Event.Set());
+    EXPECT_EQ(1u, Fail_Each_Allocation_Without_Loss(
+                      [&](unsigned int nNth)
+                      {
+                          const Failing_Allocation failure(nNth);
+                          const unsigned long dwWait = Lib_Synchro::Wait_Multiple(&objects, true, 0);
+                          if (failure.Has_Failed())
+                          {
+                              EXPECT_EQ(DWORD{ERROR_NOT_ENOUGH_MEMORY}, GetLastError());
+                              EXPECT_EQ(0xFFFFFFFFul, dwWait);
+                          }
+                          else
+                              EXPECT_EQ(0ul, dwWait);
+                          return failure.Has_Failed();
+                      }));
+}
+
+} // namespace
