@@ -1,6 +1,6 @@
 #include "kernel/lib_event.h"
 
-#include "services/lib_security.h"
+#include "services/security.h"
 
 Lib_Event::Lib_Event(void* const& hSource, const wchar_t* pName) : Lib_Synchro(hSource, pName) {}
 

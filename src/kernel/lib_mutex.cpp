@@ -1,6 +1,6 @@
 #include "kernel/lib_mutex.h"
 
-#include "services/lib_security.h"
+#include "services/security.h"
 
 Lib_Mutex::Lib_Mutex(void* const& hSource, const wchar_t* pName) : Lib_Synchro(hSource, pName) {}
 
