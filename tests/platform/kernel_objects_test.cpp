@@ -367,6 +367,34 @@ TEST(Kernel_Threads, Abandon_What_They_Own_And_Then_Are_Set)
     pthread_join(other, nullptr);
 }
 
+TEST(Kernel_Creation, Refuses_Descriptors_That_It_Cannot_Express)
+{
+    SECURITY_DESCRIPTOR descriptor;
+    SECURITY_ATTRIBUTES attributes{sizeof attributes, &descriptor, FALSE};
+    const auto error = [&]
+    {
+        SetLastError(99);
+        const HANDLE handle = CreateEventW(&attributes, FALSE, FALSE, nullptr);
+        const DWORD answer = GetLastError();
+        EXPECT_EQ(handle != nullptr, answer == 0);
+        EXPECT_TRUE(handle == nullptr || CloseHandle(handle));
+        return answer;
+    };
+    ACL nobody;
+    ASSERT_TRUE(InitializeAcl(&nobody, sizeof nobody, ACL_REVISION));
+    ASSERT_TRUE(InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION));
+    EXPECT_EQ(0u, error());
+    ASSERT_TRUE(SetSecurityDescriptorDacl(&descriptor, TRUE, nullptr, FALSE));
+    EXPECT_EQ(0u, error());
+    ASSERT_TRUE(SetSecurityDescriptorDacl(&descriptor, TRUE, &nobody, FALSE));
+    EXPECT_EQ(50u, error());
+    ASSERT_TRUE(SetSecurityDescriptorDacl(&descriptor, FALSE, nullptr, FALSE));
+    descriptor.Owner = &nobody;
+    EXPECT_EQ(50u, error());
+    descriptor.Revision = 2;
+    EXPECT_EQ(1305u, error());
+}
+
 TEST(Kernel_Mutex, Is_Refused_When_Its_Count_Is_Full)
 {
     const HANDLE mutex = CreateMutexW(nullptr, TRUE, nullptr);

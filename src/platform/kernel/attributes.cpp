@@ -1,33 +1,20 @@
 #include "platform/kernel/attributes.h"
 
+#include "platform/security.h"
+
 namespace qn_platform::kernel
 {
 
 namespace
 {
 
-/// A security descriptor in its absolute form, as the platform lays it out.
-struct Descriptor
+/// Whether the layer can keep what the descriptor says: nothing, or a DACL that is null.
+bool is_Expressible(const SECURITY_DESCRIPTOR& descriptor)
 {
-    BYTE revision;
-    BYTE unused;
-    WORD control;
-    void* owner;
-    void* group;
-    void* sacl;
-    void* dacl;
-};
-
-constexpr BYTE KNOWN_REVISION = 1;
-constexpr WORD DACL_PRESENT = 0x0004;
-constexpr WORD SACL_PRESENT = 0x0010;
-constexpr WORD SELF_RELATIVE = 0x8000;
-
-bool is_Expressible(const Descriptor& descriptor)
-{
-    const bool bHas_Dacl = (descriptor.control & DACL_PRESENT) != 0 && descriptor.dacl != nullptr;
-    const bool bHas_Sacl = (descriptor.control & SACL_PRESENT) != 0 && descriptor.sacl != nullptr;
-    return !bHas_Dacl && !bHas_Sacl && descriptor.owner == nullptr && descriptor.group == nullptr;
+    const bool bHas_Dacl = (descriptor.Control & SE_DACL_PRESENT) != 0 && descriptor.Dacl != nullptr;
+    const bool bHas_Sacl = (descriptor.Control & SE_SACL_PRESENT) != 0 && descriptor.Sacl != nullptr;
+    return (descriptor.Control & SE_SELF_RELATIVE) == 0 && !bHas_Dacl && !bHas_Sacl &&
+           descriptor.Owner == nullptr && descriptor.Group == nullptr;
 }
 
 } // namespace
@@ -40,16 +27,16 @@ DWORD Read_Attributes(const SECURITY_ATTRIBUTES* attributes, bool& open_to_all, 
     {
         return ERROR_SUCCESS;
     }
-    const auto& descriptor = *static_cast<const Descriptor*>(attributes->lpSecurityDescriptor);
-    if (descriptor.revision != KNOWN_REVISION)
+    const auto& descriptor = *static_cast<const SECURITY_DESCRIPTOR*>(attributes->lpSecurityDescriptor);
+    if (descriptor.Revision != SECURITY_DESCRIPTOR_REVISION)
     {
         return ERROR_UNKNOWN_REVISION;
     }
-    if ((descriptor.control & SELF_RELATIVE) != 0 || !is_Expressible(descriptor))
+    if (!is_Expressible(descriptor))
     {
         return ERROR_NOT_SUPPORTED;
     }
-    open_to_all = (descriptor.control & DACL_PRESENT) != 0;
+    open_to_all = (descriptor.Control & SE_DACL_PRESENT) != 0;
     return ERROR_SUCCESS;
 }
 
