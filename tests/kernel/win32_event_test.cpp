@@ -39,6 +39,7 @@ int count_Released(HANDLE event, BOOL(WINAPI* operation)(HANDLE))
 {
     const Owned end = Make_Event(true, false);
     std::atomic<int> nReleased{0};
+    std::atomic<int> nArrived{0};
     std::vector<std::thread> waiters;
     for (int i = 0; i < 3; ++i)
     {
@@ -46,12 +47,12 @@ int count_Released(HANDLE event, BOOL(WINAPI* operation)(HANDLE))
             [&]
             {
                 const HANDLE both[] = {event, end};
+                ++nArrived;
                 nReleased += WaitForMultipleObjects(2, both, FALSE, 10000) == WAIT_OBJECT_0 ? 1 : 0;
             });
     }
-    Let_Others_Sleep();
+    Let_Fall_Asleep(nArrived, 3);
     EXPECT_TRUE(operation(event));
-    Let_Others_Sleep();
     EXPECT_TRUE(SetEvent(end));
     for (std::thread& waiter : waiters)
     {
@@ -76,10 +77,15 @@ TEST(Win32_Event, Two_Sets_Release_Two_Sleepers)
 {
     const Owned event = Make_Event(false, false);
     std::atomic<int> nReleased{0};
-    const auto wait = [&] { nReleased += WaitForSingleObject(event, 10000) == WAIT_OBJECT_0 ? 1 : 0; };
+    std::atomic<int> nArrived{0};
+    const auto wait = [&]
+    {
+        ++nArrived;
+        nReleased += WaitForSingleObject(event, 10000) == WAIT_OBJECT_0 ? 1 : 0;
+    };
     std::thread first(wait);
     std::thread second(wait);
-    Let_Others_Sleep();
+    Let_Fall_Asleep(nArrived, 2);
     EXPECT_TRUE(SetEvent(event));
     EXPECT_TRUE(SetEvent(event));
     EXPECT_TRUE(ResetEvent(event));

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <thread>
 #include <utility>
@@ -49,6 +50,16 @@ inline DWORD Try(HANDLE handle) { return WaitForSingleObject(handle, 0); }
 
 /// Long enough for a thread to be asleep in a wait: the tests hold without it too, but prove less.
 inline void Let_Others_Sleep() { std::this_thread::sleep_for(std::chrono::milliseconds(30)); }
+
+/// Returns when so many threads are in the waits before which each of them counts itself.
+inline void Let_Fall_Asleep(const std::atomic<int>& arrived, int threads)
+{
+    while (arrived < threads)
+    {
+        std::this_thread::yield();
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(150));
+}
 
 /// What the function answers on a thread of its own, which has ended then.
 template <class Function>
