@@ -65,5 +65,6 @@ void Add_Format_Rows();
 void Add_Conversion_Rows();
 void Add_Secret_Rows();
 void Add_Kernel_Rows();
+void Add_Date_Rows();
 
 #endif
