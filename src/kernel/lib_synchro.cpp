@@ -9,8 +9,7 @@ Lib_Synchro::Lib_Synchro(void* const& hSource, const wchar_t* pName) : Lib_Handl
 {
 }
 
-// The base is left empty, since the name comes first.
-Lib_Synchro::Lib_Synchro(const Lib_Synchro& Source) : Lib_Handle() { *this = Source; }
+Lib_Synchro::Lib_Synchro(const Lib_Synchro& Source) : Lib_Synchro() { *this = Source; }
 
 Lib_Synchro::~Lib_Synchro() { Lib_Synchro::flush(); }
 
