@@ -1,7 +1,5 @@
 #include "probes.h"
 
-#include <atomic>
-
 namespace
 {
 
@@ -55,16 +53,6 @@ TEST(Event, Opens_With_The_Access_And_Flag_That_Were_Asked_For)
     EXPECT_TRUE(event.Wait_Until_Object_0(0));
 }
 
-TEST(Event, One_That_Exists_Keeps_Its_Kind_And_State)
-{
-    Lib_Event first;
-    ASSERT_TRUE(first.Create(nullptr, true, true, Fresh_Name()));
-    Lib_Event second;
-    ASSERT_TRUE(second.Create(nullptr, false, false, first.Get_Name()));
-    EXPECT_TRUE(second.Wait_Until_Object_0(0));
-    EXPECT_TRUE(second.Wait_Until_Object_0(0));
-}
-
 TEST(Mutex, Belongs_To_The_Thread_Through_Every_Copy)
 {
     Lib_Mutex mutex;
@@ -82,27 +70,14 @@ TEST(Mutex, Belongs_To_The_Thread_Through_Every_Copy)
 
 TEST(Mutex, An_Abandoned_One_Is_The_Waiters_Though_The_Short_Answer_Is_False)
 {
-    for (const bool bNamed : {false, true})
-    {
-        Lib_Mutex mutex;
-        ASSERT_TRUE(bNamed ? mutex.Create(nullptr, false, Fresh_Name()) : mutex.Create(nullptr, false));
-        EXPECT_TRUE(On_Other_Thread([&] { return mutex.Wait_Until_Object_0(0); }));
-        EXPECT_EQ(0x80ul, mutex.Wait(0));
-        EXPECT_TRUE(mutex.Release());
-        EXPECT_TRUE(On_Other_Thread([&] { return mutex.Wait_Until_Object_0(0); }));
-        EXPECT_FALSE(mutex.Wait_Until_Object_0(0));
-        EXPECT_TRUE(mutex.Release());
-    }
-}
-
-TEST(Mutex, One_That_Exists_Is_Not_Taken_By_Its_Creator)
-{
-    Lib_Mutex first;
-    ASSERT_TRUE(first.Create(nullptr, false, Fresh_Name()));
-    EXPECT_TRUE(On_Other_Thread([&] { return first.Wait_Until_Object_0(0) && first.Release(); }));
-    Lib_Mutex second;
-    ASSERT_TRUE(second.Create(nullptr, true, first.Get_Name()));
-    EXPECT_FALSE(second.Release());
+    Lib_Mutex mutex;
+    ASSERT_TRUE(mutex.Create(nullptr, false));
+    EXPECT_TRUE(On_Other_Thread([&] { return mutex.Wait_Until_Object_0(0); }));
+    EXPECT_EQ(0x80ul, mutex.Wait(0));
+    EXPECT_TRUE(mutex.Release());
+    EXPECT_TRUE(On_Other_Thread([&] { return mutex.Wait_Until_Object_0(0); }));
+    EXPECT_FALSE(mutex.Wait_Until_Object_0(0));
+    EXPECT_TRUE(mutex.Release());
 }
 
 // One object of each kind, used by two threads while nobody changes it.

@@ -215,18 +215,6 @@ TYPED_TEST(Named, Public_Objects_Have_Unique_Names_That_Open)
     }
 }
 
-TYPED_TEST(Named, Another_Kind_Of_Object_Under_The_Name_Is_Refused)
-{
-    Lib_Event event;
-    Lib_Mutex mutex;
-    ASSERT_TRUE(TypeParam::Create(this->m_Object, this->m_strName));
-    const bool bEvent = event.Create(nullptr, true, false, this->m_strName);
-    const bool bMutex = mutex.Create(nullptr, false, this->m_strName);
-    EXPECT_NE(bEvent, bMutex);
-    EXPECT_TEXT_EQ(this->m_strName, event.Get_Name());
-    EXPECT_TEXT_EQ(this->m_strName, mutex.Get_Name());
-}
-
 TEST(Synchro, Unique_Names_Touch_No_Handle)
 {
     Lib_Event event;
