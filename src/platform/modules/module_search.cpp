@@ -1,9 +1,9 @@
 #include "platform/modules/module_search.h"
 
+#include "platform/files/native_path.h"
 #include "platform/modules.h"
 #include "platform/modules/module_address.h"
 #include "platform/system_calls.h"
-#include "platform/text.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -24,17 +24,6 @@ std::string lower_Case(std::string text)
     std::transform(text.begin(), text.end(), text.begin(),
                    [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; });
     return text;
-}
-
-std::string utf8_With_Slashes(LPCWSTR text)
-{
-    const int size =
-        WideCharToMultiByte(CP_UTF8, WC_ERR_INVALID_CHARS, text, -1, nullptr, 0, nullptr, nullptr);
-    std::string bytes(static_cast<std::size_t>(size), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, text, -1, bytes.data(), size, nullptr, nullptr);
-    bytes.resize(bytes.empty() ? 0 : bytes.size() - 1);
-    std::replace(bytes.begin(), bytes.end(), '\\', '/');
-    return bytes;
 }
 
 /// Drops the end of a text if it is there, without regard to case.
@@ -131,7 +120,7 @@ struct Loaded_Addresses
 
 Module_Name Read_Module_Name(LPCWSTR text)
 {
-    const std::string path = utf8_With_Slashes(text);
+    const std::string path = Native_Path(text);
     Module_Name name{folder_Of(path), file_Of(path), false};
     if (!drop_End(name.m_Base, ".dll"))
     {

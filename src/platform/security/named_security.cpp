@@ -1,10 +1,9 @@
+#include "platform/files/native_path.h"
 #include "platform/kernel.h"
 #include "platform/modules.h"
 #include "platform/security.h"
 #include "platform/system_calls.h"
-#include "platform/text.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <new>
 #include <string>
@@ -45,17 +44,7 @@ DWORD look_At(const std::string& path)
 
 DWORD find_File(LPCWSTR name)
 {
-    const int size =
-        WideCharToMultiByte(CP_UTF8, WC_ERR_INVALID_CHARS, name, -1, nullptr, 0, nullptr, nullptr);
-    if (size <= 0)
-    {
-        return ERROR_FILE_NOT_FOUND; // half a surrogate pair, which no file's name here holds
-    }
-    std::string path(static_cast<std::size_t>(size), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, name, -1, path.data(), size, nullptr, nullptr);
-    path.pop_back();
-    std::replace(path.begin(), path.end(), '\\', '/');
-
+    const std::string path = Native_Path(name);
     const DWORD found = look_At(path);
     const std::size_t folder_end = path.rfind('/');
     if (found == ERROR_FILE_NOT_FOUND && folder_end != std::string::npos &&
