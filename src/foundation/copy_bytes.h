@@ -5,9 +5,9 @@
 #include <cstddef>
 #include <cstring>
 
-/// memcpy, but in pieces: the runtime copies long blocks with an instruction that on some machines takes twenty
-/// times as long when the target lies a few bytes behind the source modulo the page, which blocks of the same
-/// allocator often do. Short pieces go by vectors. Nothing to copy needs no pointers.
+/// memcpy, but in pieces: the runtime copies long blocks with an instruction that on some machines takes
+/// twenty times as long when the target lies a few bytes behind the source modulo the page, which blocks of
+/// the same allocator often do. Short pieces go by vectors. Nothing to copy needs no pointers.
 inline void copy_Bytes(void* pTarget, const void* pSource, unsigned long long nSize) noexcept
 {
     constexpr unsigned long long Piece = 1024;

@@ -26,7 +26,7 @@ namespace
 {
 
 constexpr char SWITCH[] = "QN_TEST_PART";
-constexpr int PART_LINE = 3; // the part's descriptor of the talk
+constexpr int PART_LINE = 3;               // the part's descriptor of the talk
 constexpr unsigned int LONGEST_LIFE = 300; // seconds
 
 std::map<std::string, Part::Function>& get_Parts()
