@@ -15,6 +15,16 @@ add_test(NAME package/find_package
 set_tests_properties(package/find_package PROPERTIES FIXTURES_REQUIRED qnlib_package LABELS package
                      PASS_REGULAR_EXPRESSION "card 0001, 5 letters")
 
+# An installed tree that was moved finds its providers where it is now.
+set(moved "${CMAKE_BINARY_DIR}/package/moved")
+add_test(NAME package/move COMMAND "${CMAKE_COMMAND}" -E copy_directory "${prefix}" "${moved}")
+set_tests_properties(package/move PROPERTIES FIXTURES_REQUIRED qnlib_package FIXTURES_SETUP qnlib_moved LABELS package)
+set_tests_properties(package/find_package PROPERTIES FIXTURES_SETUP qnlib_client)
+add_test(NAME package/moved COMMAND "${CMAKE_BINARY_DIR}/package/client/client")
+set_tests_properties(package/moved PROPERTIES LABELS package FIXTURES_REQUIRED "qnlib_moved;qnlib_client"
+                     ENVIRONMENT "LD_LIBRARY_PATH=${moved}/${CMAKE_INSTALL_LIBDIR}"
+                     PASS_REGULAR_EXPRESSION "crypt32 is [^ ]*package.moved.[^ ]*qnLib.crypt32.so")
+
 find_program(QNLIB_PKG_CONFIG NAMES pkg-config pkgconf)
 mark_as_advanced(QNLIB_PKG_CONFIG)
 if(QNLIB_PKG_CONFIG)
