@@ -35,23 +35,23 @@ constexpr int Days_Of_Month(int year, int month)
 /// Days since 1 March of the year 0. The day may lie outside of its month, the year is above 0.
 constexpr long long Count_Days(int year, int month, int day)
 {
-    const long long from_march = month > 2 ? year : year - 1;
+    const int from_march = month > 2 ? year : year - 1;
     const int months = month > 2 ? month - 3 : month + 9;
     return from_march * 365 + from_march / 4 - from_march / 100 + from_march / 400 + (153 * months + 2) / 5 +
            day - 1;
 }
 
-/// The way back, for days that aren't negative.
+/// The way back, for days that aren't negative and have 31 bits.
 constexpr Civil_Date To_Civil(long long days)
 {
-    const long long era = days / 146097;
-    const int of_era = static_cast<int>(days % 146097);
-    const int year = (of_era - of_era / 1460 + of_era / 36524 - of_era / 146096) / 365;
-    const int of_year = of_era - (365 * year + year / 4 - year / 100);
-    const int months = (5 * of_year + 2) / 153;
-    const int month = months < 10 ? months + 3 : months - 9;
-    return {static_cast<int>(era * 400) + year + (month <= 2 ? 1 : 0), month,
-            of_year - (153 * months + 2) / 5 + 1};
+    const auto narrow = static_cast<unsigned int>(days);
+    const unsigned int of_era = narrow % 146097;
+    const unsigned int year = (of_era - of_era / 1460 + of_era / 36524 - of_era / 146096) / 365;
+    const unsigned int of_year = of_era - (365 * year + year / 4 - year / 100);
+    const unsigned int months = (5 * of_year + 2) / 153;
+    const unsigned int month = months < 10 ? months + 3 : months - 9;
+    return {static_cast<int>(narrow / 146097 * 400 + year + (month <= 2 ? 1 : 0)), static_cast<int>(month),
+            static_cast<int>(of_year - (153 * months + 2) / 5 + 1)};
 }
 
 /// 0 to 6, from Sunday: 1 March of the year 0 was a Wednesday.
