@@ -192,7 +192,7 @@ void add_Set()
 
 void add_Current()
 {
-    Row row("the current time", 1.0);
+    Row row("the current time", 0.5);
     row.Add(Row::Ours, [] { return Lib_DateTime::Get_Current(); });
     row.Add("gmtime_r",
             []

@@ -56,17 +56,16 @@ TEST(Locales, Read_Back_What_They_Write)
     for (LCID nLocale = 0x401; nLocale < 0x8000; ++nLocale)
     {
         wchar_t text[260];
-        if (GetLocaleInfoW(nLocale, 0x1001, text, 260) == 0)
+        // Not every one: ICU takes some milliseconds to open a locale.
+        if (nLocale % 5 != 3 || GetLocaleInfoW(nLocale, 0x1001, text, 260) == 0)
             continue;
         ++nLocales;
         expect_Back(Lib_DateTime(dtDate_And_Time, false).Format(0, nLocale, false), dtDate_And_Time, nLocale);
         expect_Back(Lib_DateTime(dtDate, false).Format(0, nLocale, false), dtDate, nLocale);
         for (const wchar_t* pFormat : {L"%#d %B %Y", L"%d-%b-%Y"})
             expect_Back(Lib_DateTime(38001.0, false).Format(pFormat, nLocale), 38001.0, nLocale);
-        if (nLocale % 7 != 0)
-            nLocale += nLocale % 3; // not every one: ICU takes some milliseconds to open a locale
     }
-    EXPECT_LT(100, nLocales);
+    EXPECT_LT(40, nLocales);
 }
 
 TEST(Locales, Of_The_User_Come_From_The_Environment)
