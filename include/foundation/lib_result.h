@@ -44,8 +44,9 @@ public:
     Lib_String Get_Error_Info() const { return m_strError_Info; }
 
     /// The message of the code in a language (a LANGID; 0 leaves the choice to the platform), with the line
-    /// end that the message has. Empty for a code or language that its source does not know, a message that
-    /// has inserts, and a missing module qnErr, which is loaded and freed by each call for source 2.
+    /// end that the message has. Empty for a code or language that its source does not know and for a message
+    /// that has inserts. Each call for source 2 loads and frees the module qnErr; where that is missing, the
+    /// program's own messages are asked. The platform's last error may change.
     Lib_String Get_Result_Text(unsigned int nLanguage) const;
 
     /// Sets both; additional info and error info stay.
@@ -53,6 +54,7 @@ public:
     void Set_Result_Code(unsigned int nCode) noexcept { m_dwResult_Code = nCode; }
     void Set_Result_Source(unsigned int nSource) noexcept { m_dwResult_Source = nSource; }
     void Set_Additional_Info(unsigned int nInfo) noexcept { m_dwAdditional_Info = nInfo; }
+    /// A text that is locked is copied, and if memory is short for that the error info is empty.
     void Set_Error_Info(const Lib_String& strInfo) { m_strError_Info = strInfo; }
 
     /// Sets source and code to 0; additional info and error info stay.

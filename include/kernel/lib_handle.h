@@ -45,8 +45,8 @@ public:
     /// object stand for the calling process. When that succeeded, Target is flushed and takes the new
     /// handle; when it failed, Target is untouched. Target may be this very object.
     ///
-    /// With DUPLICATE_CLOSE_SOURCE the platform closes the handle that this object goes on holding, so that
-    /// is for duplicating an object into itself only.
+    /// With DUPLICATE_CLOSE_SOURCE the platform closes the handle that this object goes on holding, also when
+    /// the duplication fails, so that is for duplicating an object into itself only.
     bool Duplicate(Lib_Handle& Target, Lib_Handle* pSource_Process, Lib_Handle* pTarget_Process,
                    unsigned long dwAccess, bool bInherit, unsigned long dwOptions) const;
 

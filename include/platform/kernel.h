@@ -64,11 +64,11 @@ inline constexpr DWORD MUTEX_ALL_ACCESS = 0x001F0001;
 LIB_API BOOL CloseHandle(HANDLE handle);
 
 /// Makes another handle to the object behind `source`, with a life, flags and access mask of its own. Both
-/// processes are GetCurrentProcess() or handles to this process; a handle to another process is refused with
-/// 50, anything else with 6. `access` counts unless `options` has DUPLICATE_SAME_ACCESS. With
-/// DUPLICATE_CLOSE_SOURCE the source is closed, also when the duplication fails. A null `target` makes no
-/// handle, and serves to close the source. The pseudo handles become real ones: that of the thread stands for
-/// the calling thread.
+/// processes are GetCurrentProcess() or handles to this process, which are all that there are; anything else
+/// is refused with 6, and options other than the two with 87. `access` counts unless `options` has
+/// DUPLICATE_SAME_ACCESS. With DUPLICATE_CLOSE_SOURCE the source is closed, also when no new handle can be
+/// made. A null `target` makes no handle, and serves to close the source. The pseudo handles become real
+/// ones: that of the thread stands for the calling thread.
 LIB_API BOOL DuplicateHandle(HANDLE source_process, HANDLE source, HANDLE target_process, LPHANDLE target,
                              DWORD access, BOOL inherit, DWORD options);
 
@@ -116,8 +116,8 @@ LIB_API DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds);
 
 /// Waits for one of, or all of, 1 to 64 objects (otherwise 87), of any kinds. For one: the answer is the
 /// lowest index that is signalled, or 0x80 plus the index of an abandoned mutex. For all: nothing is taken
-/// before all can be taken at once; 0, or 0x80 plus the lowest index of an abandoned mutex; the same handle
-/// twice is refused with 87.
+/// before all can be taken at once; 0, or 0x80 plus the lowest index of an abandoned mutex; the same object
+/// twice, through whatever handles, is refused with 87.
 LIB_API DWORD WaitForMultipleObjects(DWORD count, const HANDLE* handles, BOOL wait_all, DWORD milliseconds);
 
 /// Handles that stand for the calling process and thread wherever a handle is taken; they need no closing.

@@ -41,7 +41,7 @@ Lib_Result& Lib_Result::operator=(const Lib_Result& source)
 {
     if (this != &source)
     {
-        m_strError_Info = source.m_strError_Info; // what may throw first: a failure changes nothing
+        m_strError_Info = source.m_strError_Info;
         m_dwResult_Source = source.m_dwResult_Source;
         m_dwResult_Code = source.m_dwResult_Code;
         m_dwAdditional_Info = source.m_dwAdditional_Info;

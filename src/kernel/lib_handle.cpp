@@ -52,6 +52,8 @@ bool Lib_Handle::Duplicate(Lib_Handle& Target, Lib_Handle* pSource_Process, Lib_
     void* hNew = nullptr;
     if (!Duplicate(&hNew, hSource_Process, hTarget_Process, dwAccess, bInherit, dwOptions))
         return false;
+    if (&Target == this && (dwOptions & DUPLICATE_CLOSE_SOURCE) != 0)
+        Target.m_hHandle = nullptr; // closed by now, and the new handle may have its value
     Target.flush();
     Target.m_hHandle = hNew;
     return true;

@@ -64,6 +64,16 @@ TEST(Handle, Assignment_Closes_What_Was_Held)
     EXPECT_FALSE(Is_Open(hFirst));
 }
 
+TEST(Handle, Duplicated_Into_Itself_Holds_The_New_Handle_Alone)
+{
+    Plain_Event event;
+    Lib_Handle handle(event);
+    ASSERT_TRUE(handle.Duplicate(handle, nullptr, nullptr, 0, false,
+                                 DUPLICATE_SAME_ACCESS | DUPLICATE_CLOSE_SOURCE));
+    EXPECT_EQ(0ul, flags_Of(handle));
+    EXPECT_TRUE(Are_One_Event(handle, event));
+}
+
 TEST(Handle, A_Failed_Duplication_Shows_As_An_Empty_Object)
 {
     Plain_Event other;

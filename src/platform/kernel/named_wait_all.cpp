@@ -44,24 +44,10 @@ private:
     Object* m_pMissing_Local = nullptr;
     std::size_t m_nLocals = 0;
     std::size_t m_nNamed = 0;
-    Object* m_Locals[MOST_WAIT_OBJECTS]; // no values but in the first m_nLocals; each object once
+    Object* m_Locals[MOST_WAIT_OBJECTS]; // no values but in the first m_nLocals; no object comes twice
     Named_Object* m_Named[MOST_WAIT_OBJECTS];
     bool m_Abandoned[MOST_WAIT_OBJECTS]; // as m_Locals
 };
-
-/// Appends what is not there yet.
-template <class Pointer>
-void Add_Once(Pointer* list, std::size_t& count, Pointer added)
-{
-    for (std::size_t i = 0; i < count; ++i)
-    {
-        if (list[i] == added)
-        {
-            return;
-        }
-    }
-    list[count++] = added;
-}
 
 All_Wait::All_Wait(std::span<Object* const> objects, Thread_Record& self, Deadline& deadline)
     : m_Objects(objects), m_Self(self), m_Deadline(deadline)
@@ -70,11 +56,11 @@ All_Wait::All_Wait(std::span<Object* const> objects, Thread_Record& self, Deadli
     {
         if (Named_Object* const pNamed = Get_Named(*pObject))
         {
-            Add_Once(m_Named, m_nNamed, pNamed);
+            m_Named[m_nNamed++] = pNamed;
         }
         else
         {
-            Add_Once(m_Locals, m_nLocals, pObject);
+            m_Locals[m_nLocals++] = pObject;
         }
     }
 }

@@ -78,7 +78,7 @@ Waited_Objects::~Waited_Objects()
     }
 }
 
-/// What stands for the same object in two places: an object opened twice by its name is two here.
+/// The same for whatever stands for one object: what was opened twice by its name is two Objects.
 std::uintptr_t get_Identity(const Object* object)
 {
     const Named_Object* const pNamed = Get_Named(*object);
