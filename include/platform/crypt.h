@@ -18,9 +18,10 @@ inline constexpr DWORD CRYPTPROTECTMEMORY_SAME_LOGON = 2;
 /// Enciphers and deciphers `size` bytes in place, with a key of this process that its forked children share.
 /// The same bytes always give the same image. FALSE, with the data as they were: 87 for null data or a size
 /// that is no multiple of 16 (0 is one, and does nothing) or flags that there are not, 50 for the flags of
-/// other processes and logons, 126 when the provider crypt32 is missing, 8 when there is no memory, 31 when
-/// the kernel gives no key or the cipher fails (then alone the data may be half done). Nothing tells whether
-/// data to be deciphered were ever enciphered. docs/protected-memory.md tells what this guards against.
+/// other processes and logons, 126 when the provider crypt32 is missing, 127 when it lacks the entry, 8 when
+/// there is no memory, 31 when the kernel gives no key or the cipher cannot be had or fails (then alone the
+/// data may be half done). Nothing tells whether data to be deciphered were ever enciphered.
+/// docs/protected-memory.md tells what this guards against.
 LIB_API BOOL CryptProtectMemory(LPVOID data, DWORD size, DWORD flags);
 LIB_API BOOL CryptUnprotectMemory(LPVOID data, DWORD size, DWORD flags);
 

@@ -11,8 +11,10 @@
 //
 // False is a failure, of which GetLastError tells the reason. If the text or the bytes cannot be had, the
 // form does not exist, the input has 4 GiB or more (87), or there is no memory for the output (8), the output
-// is as it was. An empty input is the platform's to judge; it refuses a buffer without a block. The output
-// may be the input. Nothing is thrown. Threads need outputs of their own.
+// is as it was; if the platform fails only after it has counted, the output has the counted size, with zeros
+// or a part in it. Flags count with their low 32 bits. Null goes with a size of 0. An empty input is the
+// platform's to judge; it refuses a buffer without a block. The output may be the input. Nothing is thrown.
+// Threads need outputs of their own.
 
 /// The output becomes the text and the NUL that the platform ends it with (none in CRYPT_STRING_BINARY): its
 /// size is one more than the text's length.

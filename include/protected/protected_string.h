@@ -8,9 +8,9 @@
 /// asks for it. It stores, replaces and hands back one string. What is enciphered is the text with its
 /// terminator; an empty text has no image.
 ///
-/// Failures are those of Lib_Protected_Buffer, which leave the object empty or give an empty text; besides
-/// them std::bad_alloc can leave Get_String, which makes a string. Nothing is wiped. Several threads may read
-/// one object; who changes it needs it alone.
+/// Failures are those of Lib_Protected_Buffer, which leave the object empty (as it was, if it should become a
+/// copy of another one) or give an empty text; besides them std::bad_alloc can leave Get_String, which makes
+/// a string. Nothing is wiped. Several threads may read one object; who changes it needs it alone.
 class LIB_API Lib_Protected_String
 {
 public:

@@ -7,6 +7,9 @@
 namespace
 {
 
+/// A buffer may have a pointer with a size of 0, which the platform would read as a text of unknown length.
+const void* bytes_Of(const Lib_Buffer& Input) { return Input.Get_Size() != 0 ? Input.Get_Ptr() : nullptr; }
+
 /// `convert` is the platform's call: it takes the input's pointer and size, the target (NULL to count only)
 /// and the count.
 template <class Convert>
@@ -19,18 +22,19 @@ bool convert_Twice(const Lib_Buffer& Input, Lib_Buffer& Output, Convert convert)
     }
     const auto nSize = static_cast<DWORD>(Input.Get_Size());
     DWORD nCount = 0;
-    if (!convert(Input.Get_Ptr(), nSize, nullptr, &nCount))
+    if (!convert(bytes_Of(Input), nSize, nullptr, &nCount))
         return false;
-    const Lib_Buffer Kept(&Input == &Output ? Input : Lib_Buffer());
-    const void* pInput = &Input == &Output ? Kept.Get_Ptr() : Input.Get_Ptr();
-    if (pInput != nullptr)
+    const bool bSame = &Input == &Output;
+    const Lib_Buffer Kept(bSame ? Input : Lib_Buffer());
+    const bool bKept = !bSame || Kept.Get_Size() == nSize;
+    if (bKept)
         Output.Set_Size(nCount);
-    if (pInput == nullptr || Output.Get_Size() != nCount)
+    if (!bKept || Output.Get_Size() != nCount)
     {
         SetLastError(ERROR_NOT_ENOUGH_MEMORY);
         return false;
     }
-    return convert(pInput, nSize, Output.Get_Ptr(), &nCount);
+    return convert(bytes_Of(bSame ? Kept : Input), nSize, Output.Get_Ptr(), &nCount);
 }
 
 /// The copy of the input that the overloads without a buffer work on.

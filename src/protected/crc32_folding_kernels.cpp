@@ -39,7 +39,10 @@ QN_FOLDING inline __m128i fold(__m128i block, __m128i factors, __m128i next) noe
 
 } // namespace
 
-bool crc::Has_Folding() noexcept { return __builtin_cpu_supports("pclmul") != 0; }
+bool crc::Has_Folding() noexcept
+{
+    return __builtin_cpu_supports("pclmul") != 0 && __builtin_cpu_supports("sse4.1") != 0;
+}
 
 QN_FOLDING std::uint32_t crc::Advance_By_Folding(std::uint32_t nCrc, const unsigned char* pData,
                                                  std::size_t nSize) noexcept

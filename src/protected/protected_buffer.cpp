@@ -95,8 +95,10 @@ bool decipher(const Lib_Buffer& Image, Lib_Buffer& Plain) noexcept
     }
     if (Image.Get_Size() % Block != 0)
         return true;
+    if (!fits_The_Cipher(Image.Get_Size()))
+        return false;
     Lib_Buffer Copy(Image);
-    return Copy.Get_Size() != 0 && fits_The_Cipher(Copy.Get_Size()) &&
+    return Copy.Get_Size() != 0 &&
            CryptUnprotectMemory(Copy.Get_Ptr(), static_cast<DWORD>(Copy.Get_Size()),
                                 CRYPTPROTECTMEMORY_SAME_PROCESS) &&
            extract(Copy, Plain);
@@ -104,9 +106,11 @@ bool decipher(const Lib_Buffer& Image, Lib_Buffer& Plain) noexcept
 
 } // namespace
 
-static_assert(CRYPTPROTECTMEMORY_BLOCK_SIZE == 16);
-
-Lib_Protected_Buffer::Lib_Protected_Buffer(const Lib_Buffer& Plain) noexcept { encipher(Plain, m_Image); }
+Lib_Protected_Buffer::Lib_Protected_Buffer(const Lib_Buffer& Plain) noexcept
+{
+    static_assert(Block_Size == Block);
+    encipher(Plain, m_Image);
+}
 
 Lib_Protected_Buffer::Lib_Protected_Buffer(unsigned long long nSize, const void* pData) noexcept
 {

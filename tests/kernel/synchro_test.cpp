@@ -205,7 +205,8 @@ TYPED_TEST(Named, Public_Objects_Have_Unique_Names_That_Open)
         EXPECT_EQ(0u, GetLastError());
         const Lib_String strName = this->m_Object.Get_Name();
         EXPECT_EQ(bGlobal ? 45u : 38u, strName.Get_Length());
-        EXPECT_TEXT_EQ(bGlobal ? L"Global\\{" : L"{", strName.Left(strName.Find(L'{') + 1));
+        EXPECT_TEXT_EQ(bGlobal ? L"Global\\{" : L"{",
+                       strName.Left(static_cast<unsigned long long>(strName.Find(L'{') + 1)));
         EXPECT_TRUE(this->opens(strName));
         unsigned long dwFlags = 0;
         EXPECT_TRUE(this->m_Object.Get_Information(dwFlags));

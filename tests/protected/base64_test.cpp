@@ -134,6 +134,17 @@ TEST(Base64, Leaves_The_Output_When_The_Platform_Refuses)
     EXPECT_EQ(To_Buffer("old content"), output);
 }
 
+TEST(Base64, Reads_Nothing_Through_A_Pointer_With_No_Size)
+{
+    char text[] = "QUJD";
+    Lib_Buffer input;
+    input.Attach(text, 0);
+    Lib_Buffer output = To_Buffer("old");
+    Lib_Buffer other = To_Buffer("old");
+    EXPECT_EQ(base64_decode(std::string(), other, PLAIN), base64_decode(input, output, PLAIN));
+    EXPECT_EQ(To_Text(other), To_Text(output));
+}
+
 TEST(Base64, Refuses_Input_Of_4_GiB)
 {
     // The sizes lie; what is there must not be read. On the platform only their low 32 bits would count.

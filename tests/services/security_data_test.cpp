@@ -178,7 +178,7 @@ TEST(Acl, Is_Made_And_Checked)
 {
     alignas(ACL) BYTE block[16];
     ACL* const acl = reinterpret_cast<ACL*>(block);
-    for (const DWORD revision : {2, 3, 4})
+    for (const DWORD revision : {2u, 3u, 4u})
     {
         EXPECT_TRUE(InitializeAcl(acl, sizeof block, revision));
         EXPECT_EQ(revision, acl->AclRevision);

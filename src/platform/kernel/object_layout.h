@@ -57,6 +57,13 @@ constexpr Kind Get_Kind_Of(std::uint32_t traits)
 
 struct Wait_Node;
 
+/// The threads that wait for an object, in the order in which they came; guarded by the dispatcher's lock.
+struct Wait_Queue
+{
+    Wait_Node* first;
+    Wait_Node* last;
+};
+
 struct alignas(64) Object
 {
     std::atomic<std::uint64_t> word;
@@ -68,11 +75,7 @@ struct alignas(64) Object
     Object* previous_owned; // of the first one, anything
     union
     {
-        struct
-        {
-            Wait_Node* first; // guarded by the dispatcher's lock
-            Wait_Node* last;
-        } queue;
+        Wait_Queue queue;
         void (*destroy)(void* record);
     };
     std::atomic<void*> record; // a thread's record, a named object, or what New_Record was given
