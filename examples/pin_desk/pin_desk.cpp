@@ -68,19 +68,20 @@ bool serve_File(std::FILE* pFile, const Options& options)
     return true;
 }
 
-/// Why a file can't be opened or read, as far as errno tells.
-const wchar_t* tell_Reason(int nError)
+/// Why a file can't be opened or read: errno as the platform's code for the same, and its text. Of a
+/// directory the platform only says that it may not be read.
+Lib_String tell_Reason(int nError)
 {
     switch (nError)
     {
     case ENOENT:
     case ENOTDIR:
-        return L"there is no such file";
+        return Get_Error_Text(ERROR_FILE_NOT_FOUND);
     case EISDIR:
         return L"it is a directory";
     case EACCES:
     case EPERM:
-        return L"you may not read it";
+        return Get_Error_Text(ERROR_ACCESS_DENIED);
     default:
         return L"the system reports an error";
     }

@@ -33,6 +33,14 @@ void Print_Line(const Lib_String& strLine)
     std::fwrite(Line.Get_Ptr(), 1, static_cast<std::size_t>(Line.Get_Size()), stdout);
 }
 
+Lib_String Get_Error_Text(unsigned int nCode)
+{
+    constexpr unsigned int nPlatform = 1;
+    Lib_String strText = Lib_Result(nCode, nPlatform).Get_Result_Text(0);
+    strText.Trim_Right(L". \r\n");
+    return strText;
+}
+
 void Report::Add_Answer(unsigned int nLine, const Request& request, const Answer& answer)
 {
     m_Total.Add(answer.m_bDone);

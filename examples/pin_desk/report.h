@@ -54,4 +54,7 @@ private:
 /// Prints a line in UTF-8.
 void Print_Line(const Lib_String& strLine);
 
+/// The platform's text for one of its codes, ready to stand in a line: without line end and full stop.
+Lib_String Get_Error_Text(unsigned int nCode);
+
 #endif

@@ -21,8 +21,7 @@ void tell(const Lib_String& strName, const wchar_t* pWhat)
 /// Tells the platform's last error.
 int tell_Failure(const Lib_String& strName, const wchar_t* pWhat)
 {
-    Lib_String strReason = Lib_Result(GetLastError(), 1).Get_Result_Text(0);
-    strReason.TrimRight();
+    const Lib_String strReason = Get_Error_Text(GetLastError());
     tell(strName, Lib_String(pWhat) + L": " + strReason);
     return EXIT_NO_OBJECT;
 }
