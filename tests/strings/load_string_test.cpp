@@ -27,3 +27,13 @@ TEST(Load_String, Empties_The_String_For_A_Missing_Text)
     EXPECT_EQ(0, text.Load_String(8, nullptr));
     EXPECT_TRUE(text.Is_Empty());
 }
+
+TEST(Load_String, Asks_The_Module_That_It_Is_Given)
+{
+    const HMODULE hModule = LoadLibraryW(L"qn_test_module");
+    Lib_String text;
+    EXPECT_EQ(1, text.Load_String(7, hModule));
+    EXPECT_TEXT_EQ(L"seven of the module", text);
+    EXPECT_EQ(0, text.Load_String(254, hModule)) << "a text that the program has";
+    FreeLibrary(hModule);
+}
