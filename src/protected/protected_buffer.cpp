@@ -97,7 +97,8 @@ bool decipher(const Lib_Buffer& Image, Lib_Buffer& Plain) noexcept
         return true;
     if (!fits_The_Cipher(Image.Get_Size()))
         return false;
-    Lib_Buffer Copy(Image);
+    Lib_Buffer Copy; // deciphered in its own block
+    Copy = Image;
     return Copy.Get_Size() != 0 &&
            CryptUnprotectMemory(Copy.Get_Ptr(), static_cast<DWORD>(Copy.Get_Size()),
                                 CRYPTPROTECTMEMORY_SAME_PROCESS) &&
