@@ -74,8 +74,7 @@ says guard "guarding"
 says watcher "guarded"
 says second "guarded"
 echo "guard     $ kill -9"
-kill -9 "${process[guard]}"
-ends guard 137
+{ kill -9 "${process[guard]}" && ends guard 137; } 2>/dev/null # the shell would tell of it, too
 says watcher "abandoned by its owner"
 says second "abandoned by its owner"
 ends watcher 3
