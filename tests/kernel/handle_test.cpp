@@ -68,8 +68,8 @@ TEST(Handle, Duplicated_Into_Itself_Holds_The_New_Handle_Alone)
 {
     Plain_Event event;
     Lib_Handle handle(event);
-    ASSERT_TRUE(handle.Duplicate(handle, nullptr, nullptr, 0, false,
-                                 DUPLICATE_SAME_ACCESS | DUPLICATE_CLOSE_SOURCE));
+    ASSERT_TRUE(
+        handle.Duplicate(handle, nullptr, nullptr, 0, false, DUPLICATE_SAME_ACCESS | DUPLICATE_CLOSE_SOURCE));
     EXPECT_EQ(0ul, flags_Of(handle));
     EXPECT_TRUE(Are_One_Event(handle, event));
 }
