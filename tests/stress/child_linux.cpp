@@ -1,9 +1,11 @@
 #include "child.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <random>
+#include <string>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -45,6 +47,18 @@ private:
         setitimer(ITIMER_REAL, &interval, nullptr);
     }
 };
+
+/// The first line of such a file, or its beginning; empty if there is none.
+std::string read_Process_File(pid_t id, const char* name)
+{
+    char path[40];
+    std::snprintf(path, sizeof(path), "/proc/%d/%s", id, name);
+    const int fd = open(path, O_RDONLY | O_CLOEXEC);
+    char text[64];
+    const ssize_t nRead = fd >= 0 ? read(fd, text, sizeof(text)) : 0;
+    close(fd);
+    return {text, static_cast<std::size_t>(std::max<ssize_t>(nRead, 0))};
+}
 
 } // namespace
 
@@ -119,15 +133,11 @@ bool Child::Note_Status(int nStatus)
 
 bool Child::Is_Asleep() const
 {
-    char path[40];
-    std::snprintf(path, sizeof(path), "/proc/%d/syscall", m_nId);
-    const int fd = open(path, O_RDONLY | O_CLOEXEC);
-    char text[16] = {};
-    const bool bRead = fd >= 0 && read(fd, text, sizeof(text) - 1) > 0;
-    close(fd);
-    const long nCall =
-        bRead ? std::strtol(text, nullptr, 10) : -1; // "running" gives 0, which is no futex call
-    return nCall == SYS_futex || nCall == SYS_futex_waitv;
+    // "running" gives 0, which is no futex call. Of one that was woken and has no processor yet the first
+    // file still tells its call, but the second one calls it running.
+    const long nCall = std::strtol(read_Process_File(m_nId, "syscall").c_str(), nullptr, 10);
+    return (nCall == SYS_futex || nCall == SYS_futex_waitv) &&
+           read_Process_File(m_nId, "stat").find(") S ") != std::string::npos;
 }
 
 bool Child::Settle()
