@@ -89,8 +89,8 @@ TEST(Base64, Gives_Back_What_Was_Encoded_In_Each_Form)
             for (std::size_t nSize = 1; nSize < 200; nSize += 1 + random() % 4)
             {
                 std::string bytes(nSize, '\0');
-                for (char& byte : bytes)
-                    byte = static_cast<char>(random());
+                for (char& character : bytes)
+                    character = static_cast<char>(random());
                 std::string text = Encoded(bytes, nForm | nEnd);
                 if (nForm != CRYPT_STRING_BINARY)
                 {
