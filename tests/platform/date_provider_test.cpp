@@ -6,8 +6,11 @@
 #include "platform/system_calls.h"
 #include "test_text.h"
 
+#include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <ctime>
+#include <thread>
 
 namespace
 {
@@ -53,6 +56,34 @@ protected:
     Time.tm_mday = 1;
     const bool bTime = qn_runtime::Format_Time(text, 10, L"%B", Time) == 7;
     std::_Exit(bInfo && bWritten && bRead && bLocale && bTime && pText == nullptr && dtValue == 7.0 ? 0 : 1);
+}
+
+/// A zone with a history, whose names the C library takes from its file at each conversion.
+[[noreturn]] void check_Zone_Beside_Conversions()
+{
+    setenv("TZ", "Europe/Berlin", 1);
+    std::atomic<bool> bEnd = false;
+    std::thread Other(
+        [&bEnd]
+        {
+            const FILETIME Time{0, 0x01C00000};
+            FILETIME Local{};
+            while (!bEnd)
+                FileTimeToLocalFileTime(&Time, &Local);
+        });
+    std::tm Time{};
+    wchar_t first[20];
+    const std::size_t nLength = qn_runtime::Format_Time(first, 20, L"%z %Z", Time);
+    bool bSame = nLength != 0;
+    for (int i = 0; bSame && i < 20000; ++i)
+    {
+        wchar_t text[20];
+        bSame = qn_runtime::Format_Time(text, 20, L"%z %Z", Time) == nLength &&
+                std::equal(first, first + nLength, text);
+    }
+    bEnd = true;
+    Other.join();
+    std::_Exit(bSame ? 0 : 1);
 }
 
 } // namespace
@@ -146,6 +177,14 @@ TEST_F(Runtime_Time, Knows_The_Conversions_Of_Later_Runtimes)
     m_Time.tm_wday = 1;
     m_Time.tm_yday = 363;
     EXPECT_TEXT_EQ(L"09 01 52 52", Write(L"%g %V %U %W"));
+    m_Time.tm_year = 8099; // 31 December 9999, a Friday
+    m_Time.tm_wday = 5;
+    m_Time.tm_yday = 364;
+    EXPECT_TEXT_EQ(L"9999 99 52 5 52 52", Write(L"%G %g %V %u %U %W"));
+    m_Time.tm_wday = 1; // as if a Monday, in the first week of a year of five digits
+    EXPECT_TEXT_EQ(L"01", Write(L"%V"));
+    EXPECT_TEXT_EQ(L"", Write(L"%G"));
+    EXPECT_TEXT_EQ(L"", Write(L"%g"));
 }
 
 TEST_F(Runtime_Time, Tells_The_Zone_Of_The_Process)
@@ -157,6 +196,12 @@ TEST_F(Runtime_Time, Tells_The_Zone_Of_The_Process)
     m_Time.tm_isdst = -1;
     EXPECT_TEXT_EQ(L"x", Write(L"x%z%Z"));
     unsetenv("TZ");
+}
+
+TEST_F(Runtime_Time, Tells_The_Zone_Beside_Conversions_Of_Other_Threads)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(check_Zone_Beside_Conversions(), testing::ExitedWithCode(0), "");
 }
 
 TEST_F(Runtime_Time, Refuses_Fields_Out_Of_Range)

@@ -1,6 +1,7 @@
 #include "platform/runtime_time.h"
 
 #include "platform/text/runtime_locale.h"
+#include "platform/time/civil.h"
 #include "platform/time/date_pattern.h"
 
 #include <cstdlib>
@@ -50,22 +51,40 @@ struct Iso_Week
     int m_nWeek;
 };
 
-bool is_Leap_Year(int year) { return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0); }
-
 Iso_Week get_Iso_Week(const std::tm& time)
 {
     const int year = time.tm_year + 1900;
     const int from_monday = (time.tm_wday + 6) % 7;
     const int thursday = time.tm_yday - from_monday + 3; // of the same week, as a day of this year
     if (thursday < 0)
-        return {year - 1, (thursday + (is_Leap_Year(year - 1) ? 366 : 365)) / 7 + 1};
-    const int length = is_Leap_Year(year) ? 366 : 365;
+        return {year - 1, (thursday + (qn_platform::Is_Leap_Year(year - 1) ? 366 : 365)) / 7 + 1};
+    const int length = qn_platform::Is_Leap_Year(year) ? 366 : 365;
     if (thursday >= length)
         return {year + 1, 1};
     return {year, thursday / 7 + 1};
 }
 
 bool is_Within(int value, int least, int most) { return value >= least && value <= most; }
+
+/// A time of the process's zone, now or in the next moment when it is summer time or is none; only its zone
+/// counts. The C library's variables for that are no help: other threads' conversions rewrite them. A zone
+/// without summer time gives what it would be.
+std::tm find_Zone(bool summer)
+{
+    constexpr time_t WEEK = 7 * 86400;
+    const time_t now = ::time(nullptr);
+    std::tm local{};
+    ::tzset();
+    for (time_t week = 0; week <= 52; ++week)
+    {
+        const time_t moment = now + week * WEEK;
+        if (::localtime_r(&moment, &local) != nullptr && (local.tm_isdst > 0) == summer)
+            return local;
+    }
+    if (summer)
+        local.tm_gmtoff += 3600;
+    return local;
+}
 
 /// Writes one time by a format. Any conversion may fail, which ends the work.
 class Time_Writer
@@ -176,7 +195,7 @@ private:
     bool convert_Week(wchar_t conversion)
     {
         if (!is_Within(m_Time.tm_wday, 0, 6) || !is_Within(m_Time.tm_yday, 0, 365) ||
-            !is_Within(m_Time.tm_year, -1899, 8098))
+            !is_Within(m_Time.tm_year, -1900, 8099))
         {
             return false;
         }
@@ -196,7 +215,7 @@ private:
         case L'G':
             return write_Number(week.m_nYear, 0, 9999, 4);
         case L'g':
-            return write_Number(week.m_nYear % 100, 0, 99, 2);
+            return is_Within(week.m_nYear, 0, 9999) && write_Number(week.m_nYear % 100, 0, 99, 2);
         default:
             return false;
         }
@@ -294,15 +313,14 @@ private:
     {
         if (m_Time.tm_isdst < 0)
             return true;
-        ::tzset();
-        const bool summer = m_Time.tm_isdst > 0;
+        const std::tm zone = find_Zone(m_Time.tm_isdst > 0);
         if (conversion == L'Z')
         {
-            for (const char* name = ::tzname[summer ? 1 : 0]; *name != 0; ++name)
+            for (const char* name = zone.tm_zone; name != nullptr && *name != 0; ++name)
                 m_Output.Put(static_cast<unsigned char>(*name));
             return true;
         }
-        const long minutes = -::timezone / 60 + (summer ? 60 : 0);
+        const long minutes = zone.tm_gmtoff / 60;
         const int absolute = static_cast<int>(std::labs(minutes));
         m_bAlternate = false;
         return write_Unit(minutes < 0 ? L'-' : L'+') && write_Number(absolute / 60, 0, 99, 2) &&
