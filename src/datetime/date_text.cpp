@@ -100,7 +100,8 @@ Lib_String Lib_DateTime::Format(const wchar_t* pFormat, unsigned long nLocale) c
     if (!To_tm(Fields))
         return Lib_String();
     wchar_t text[128];
-    _wsetlocale(ALL_CATEGORIES, Locale_Name(static_cast<LCID>(nLocale)).Get());
+    if (_wsetlocale(ALL_CATEGORIES, Locale_Name(static_cast<LCID>(nLocale)).Get()) == nullptr)
+        _wsetlocale(ALL_CATEGORIES, L""); // rather than whatever locale the process is in
     const bool bDone = pFormat != nullptr && qn_runtime::Format_Time(text, 128, pFormat, Fields) != 0;
     _wsetlocale(ALL_CATEGORIES, L"");
     return bDone ? Lib_String(text) : Lib_String();

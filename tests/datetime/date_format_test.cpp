@@ -56,6 +56,7 @@ TEST_F(Date_Format, Writes_Numbers)
     EXPECT_TEXT_EQ(L"4 3 5 18 3 9 6 65", EVENING.Format(L"%#y %#m %#d %#H %#M %#S %#I %#j", EN_US));
     EXPECT_TEXT_EQ(L"100% 12", Lib_DateTime(0.0, false).Format(L"100%% %I", EN_US));
     EXPECT_TEXT_EQ(L"0100", Lib_DateTime(-657434.0, false).Format(L"%Y", EN_US));
+    EXPECT_TEXT_EQ(L"9999 5 52 52", Lib_DateTime(2958465.0, false).Format(L"%Y %w %U %W", EN_US));
 }
 
 TEST_F(Date_Format, Is_Empty_When_The_Text_Cannot_Be_Made)
@@ -97,6 +98,13 @@ TEST_F(Date_Format, Takes_The_Users_Default_For_An_Unknown_Locale)
     const Lib_String strDefault = Get_Locale();
     EXPECT_TEXT_EQ(L"2004 5", EVENING.Format(L"%Y %#d", 0xFC09));
     EXPECT_TEXT_EQ(strDefault, Get_Locale());
+}
+
+TEST_F(Date_Format, Does_Not_Write_In_The_Locale_That_Was_In_Force)
+{
+    // Hindi has no code page, for which a runtime may refuse it.
+    ASSERT_NE(nullptr, _wsetlocale(0, L"German_Germany.1252"));
+    EXPECT_NE(Lib_String(L"Freitag"), EVENING.Format(L"%A", 0x439));
 }
 
 TEST_F(Date_Format, Loads_Its_Format)

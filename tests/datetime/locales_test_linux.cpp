@@ -68,6 +68,33 @@ TEST(Locales, Read_Back_What_They_Write)
     EXPECT_LT(40, nLocales);
 }
 
+TEST(Locales, Write_By_A_Format_As_Without)
+{
+    // Another locale in force, or another one's data, would write other dates.
+    const Lib_DateTime When(2026, 12, 3, 16, 5, 6);
+    int nLocales = 0;
+    for (LCID nLocale = 1; nLocale < 0x10000; ++nLocale)
+    {
+        wchar_t text[260];
+        if (GetLocaleInfoW(nLocale, 0x1001, text, 260) == 0)
+            continue;
+        ++nLocales;
+        EXPECT_TEXT_EQ(When.Format(2, nLocale, false), When.Format(L"%x", nLocale)) << std::hex << nLocale;
+    }
+    EXPECT_LT(300, nLocales);
+}
+
+TEST(Locales, Without_Data_Are_Unknown)
+{
+    // Sotho, Bashkir, Mongolian in its old script, Berber in Arabic script
+    for (const unsigned long nLocale : {0x430UL, 0x46DUL, 0x850UL, 0x45FUL})
+    {
+        wchar_t text[260];
+        EXPECT_EQ(0, GetLocaleInfoW(static_cast<LCID>(nLocale), 0x1001, text, 260)) << std::hex << nLocale;
+        EXPECT_TEXT_EQ(L"", Lib_DateTime(2004, 3, 5, 18, 3, 9).Format(0, nLocale, false));
+    }
+}
+
 TEST(Locales, Of_The_User_Come_From_The_Environment)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
@@ -77,6 +104,10 @@ TEST(Locales, Of_The_User_Come_From_The_Environment)
     EXPECT_EXIT(check_Default("sv_SE", L"2004-03-05 18:03:09", L"fredag mars"), ExitedWithCode(0), "");
     EXPECT_EXIT(check_Default("C", L"3/5/2004 6:03:09 PM", L"Friday March"), ExitedWithCode(0), "");
     EXPECT_EXIT(check_Default("C.UTF-8", L"3/5/2004 6:03:09 PM", L"Friday March"), ExitedWithCode(0), "");
+    EXPECT_EXIT(check_Default("st_ZA.UTF-8", L"3/5/2004 6:03:09 PM", L"Friday March"), ExitedWithCode(0), "")
+        << "ICU has no data of it";
+    EXPECT_EXIT(check_Default("de@euro", L"05.03.2004 18:03:09", L"Freitag M\x00E4rz"), ExitedWithCode(0), "")
+        << "no country, and a variant";
     EXPECT_EXIT(check_Left_Locale(), ExitedWithCode(0), "");
 }
 

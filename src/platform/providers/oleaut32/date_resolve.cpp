@@ -15,6 +15,7 @@ int get_Current_Year()
 {
     const time_t now = ::time(nullptr);
     std::tm local{};
+    ::tzset(); // the process may have changed its zone
     return ::localtime_r(&now, &local) != nullptr ? local.tm_year + 1900 : 1970;
 }
 

@@ -1,7 +1,10 @@
 #include "platform/providers/oleaut32/locale_cache.h"
 
+#include "platform/providers/oleaut32/icu_error.h"
+
 #include <unicode/uloc.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <mutex>
@@ -50,7 +53,7 @@ std::string maximize(const std::string& id)
     char full[LONGEST_ID] = "";
     UErrorCode error = U_ZERO_ERROR;
     uloc_addLikelySubtags(id.c_str(), full, LONGEST_ID, &error);
-    return U_SUCCESS(error) ? full : id;
+    return Is_Good(error) ? full : id;
 }
 
 std::string get_Country(const std::string& id)
@@ -58,16 +61,22 @@ std::string get_Country(const std::string& id)
     char country[LONGEST_ID] = "";
     UErrorCode error = U_ZERO_ERROR;
     uloc_getCountry(id.c_str(), country, LONGEST_ID, &error);
-    return country;
+    return Is_Good(error) ? country : "";
 }
 
-/// A locale of no country is that of the language's most likely one.
+/// A locale of no country is that of the language's most likely one. "__" stands before a variant then, "@"
+/// before keywords.
 std::string complete(const std::string& id)
 {
     if (!get_Country(id).empty())
         return id;
     const std::string country = get_Country(maximize(id));
-    return country.empty() ? id : id + "_" + country;
+    if (country.empty())
+        return id;
+    const std::size_t end = std::min(id.find('@'), id.size());
+    const std::size_t variant = id.find("__");
+    return variant < end ? id.substr(0, variant + 1) + country + id.substr(variant + 1)
+                         : id.substr(0, end) + "_" + country + id.substr(end);
 }
 
 /// ICU's identifier for one of the platform; empty for an unknown one. ICU answers the language for a country
@@ -77,15 +86,15 @@ std::string get_Id(LCID locale)
     char id[LONGEST_ID] = "";
     UErrorCode error = U_ZERO_ERROR;
     uloc_getLocaleForLCID(locale, id, LONGEST_ID, &error);
-    return U_SUCCESS(error) && uloc_getLCID(id) == locale ? complete(id) : std::string();
+    return Is_Good(error) && uloc_getLCID(id) == locale ? complete(id) : std::string();
 }
 
-/// The user's, by the environment; a program of the "C" locale writes as en_US.
+/// The user's, by the environment; a program of the "C" locale or of one without data writes as en_US.
 std::string get_Default_Id()
 {
     const std::string id = uloc_getDefault();
     const bool plain = id.empty() || id == "root" || id.find("POSIX") != std::string::npos;
-    return plain ? "en_US" : complete(id);
+    return plain || !Has_Data(id) ? "en_US" : complete(id);
 }
 
 std::unique_ptr<Locale_Record> make_Record(LCID locale)
@@ -110,6 +119,36 @@ bool is_Same(const std::u16string& left, const wchar_t* right)
     while (index < left.size() && static_cast<char16_t>(right[index]) == left[index])
         ++index;
     return index == left.size() && right[index] == 0;
+}
+
+/// Whether `name` goes on with `part`, which is passed over.
+bool skip_Part(const wchar_t*& name, const wchar_t* part)
+{
+    for (; *part != 0 && *name == *part; ++part)
+        ++name;
+    return *part == 0;
+}
+
+bool has_Name(const Locale_Record& record, const wchar_t* name)
+{
+    const bool country = *record.m_pCountry != 0;
+    return skip_Part(name, record.m_pLanguage) && (!country || skip_Part(name, L"_")) &&
+           skip_Part(name, record.m_pCountry) && skip_Part(name, L".") &&
+           skip_Part(name, record.m_pCode_Page) && *name == 0;
+}
+
+/// Among the records that there are. Who names a locale has mostly asked for the parts of the name before.
+const Locale_Record* find_Made(const wchar_t* name)
+{
+    for (const std::atomic<const Entry*>& bucket : g_Buckets)
+    {
+        const Entry* entry = bucket.load(std::memory_order_acquire);
+        while (entry != nullptr && !(entry->m_pRecord != nullptr && has_Name(*entry->m_pRecord, name)))
+            entry = entry->m_pNext;
+        if (entry != nullptr)
+            return entry->m_pRecord;
+    }
+    return nullptr;
 }
 
 /// Whether two identifiers have one script and country, those being filled in that are left out.
@@ -148,6 +187,9 @@ const Locale_Record* Find_Locale_By_Platform_Name(const wchar_t* name)
 {
     if (is_Same(u"Invariant Language_Invariant Country.1252", name))
         return Find_Locale(INVARIANT);
+    const Locale_Record* made = find_Made(name);
+    if (made != nullptr)
+        return made;
     for (int index = 0; index < uloc_countAvailable(); ++index)
     {
         const char* id = uloc_getAvailable(index);
@@ -168,7 +210,7 @@ const Locale_Record* Find_Locale_By_Host_Name(const char* name)
     char id[LONGEST_ID] = "";
     UErrorCode error = U_ZERO_ERROR;
     uloc_canonicalize(plain.c_str(), id, LONGEST_ID, &error);
-    const LCID locale = U_SUCCESS(error) ? uloc_getLCID(id) : 0;
+    const LCID locale = Is_Good(error) ? uloc_getLCID(id) : 0;
     const std::string known = locale != 0 ? get_Id(locale) : std::string();
     return !known.empty() && is_Same_Locale(known, id) ? Find_Locale(locale) : nullptr;
 }

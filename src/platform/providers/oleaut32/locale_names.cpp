@@ -1,3 +1,4 @@
+#include "platform/providers/oleaut32/icu_error.h"
 #include "platform/providers/oleaut32/locale_record.h"
 
 #include <unicode/uloc.h>
@@ -24,7 +25,7 @@ std::string get_Part(Get_Part get, const std::string& id)
     char part[LONGEST_ID] = "";
     UErrorCode error = U_ZERO_ERROR;
     get(id.c_str(), part, LONGEST_ID, &error);
-    return U_SUCCESS(error) && error != U_STRING_NOT_TERMINATED_WARNING ? part : "";
+    return Is_Good(error) && error != U_STRING_NOT_TERMINATED_WARNING ? part : "";
 }
 
 std::u16string get_English(Get_Display get, const std::string& id)
@@ -32,8 +33,8 @@ std::u16string get_English(Get_Display get, const std::string& id)
     char16_t name[LONGEST_NAME];
     UErrorCode error = U_ZERO_ERROR;
     const int length = get(id.c_str(), "en", name, LONGEST_NAME, &error);
-    return U_SUCCESS(error) && length <= LONGEST_NAME ? std::u16string(name, static_cast<std::size_t>(length))
-                                                      : std::u16string();
+    return Is_Good(error) && length <= LONGEST_NAME ? std::u16string(name, static_cast<std::size_t>(length))
+                                                    : std::u16string();
 }
 
 std::string get_Script(const std::string& id)

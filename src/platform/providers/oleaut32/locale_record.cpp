@@ -1,6 +1,9 @@
 #include "platform/providers/oleaut32/locale_record.h"
 
+#include "platform/providers/oleaut32/icu_error.h"
+
 #include <unicode/udat.h>
+#include <unicode/uloc.h>
 #include <unicode/unum.h>
 
 #include <algorithm>
@@ -32,29 +35,41 @@ std::string plain_Id(const std::string& id)
     return id + (id.find('@') == std::string::npos ? "@" : ";") + "calendar=gregorian;numbers=latn";
 }
 
+std::string get_Language(const char* id)
+{
+    char language[ULOC_LANG_CAPACITY] = "";
+    UErrorCode error = U_ZERO_ERROR;
+    uloc_getLanguage(id, language, ULOC_LANG_CAPACITY, &error);
+    return Is_Good(error) ? language : "";
+}
+
+/// ICU refused a call that it has no reason to refuse.
+struct Refused_Call
+{
+};
+
 Date_Format open_Format(const std::string& id, UDateFormatStyle time, UDateFormatStyle date)
 {
     UErrorCode error = U_ZERO_ERROR;
     Date_Format format(udat_open(time, date, plain_Id(id).c_str(), u"GMT", -1, nullptr, 0, &error));
-    return U_SUCCESS(error) ? std::move(format) : nullptr;
+    return Is_Good(error) ? std::move(format) : throw Refused_Call();
 }
 
-/// A text that ICU writes by a call with a buffer, its capacity and an error; empty when it fails.
+/// A text that ICU writes by a call with a buffer, its capacity and an error.
 template <class Get>
 std::u16string get_Text(Get get)
 {
     char16_t text[LONGEST_TEXT];
     UErrorCode error = U_ZERO_ERROR;
     const int32_t length = get(text, LONGEST_TEXT, &error);
-    const bool good = U_SUCCESS(error) && length >= 0 && length <= LONGEST_TEXT;
-    return std::u16string(text, good ? static_cast<std::size_t>(length) : 0);
+    if (!Is_Good(error) || length < 0 || length > LONGEST_TEXT)
+        throw Refused_Call();
+    return std::u16string(text, static_cast<std::size_t>(length));
 }
 
 std::u16string get_Pattern(const std::string& id, UDateFormatStyle time, UDateFormatStyle date)
 {
     const Date_Format format = open_Format(id, time, date);
-    if (format == nullptr)
-        return std::u16string();
     return get_Text([&](char16_t* text, int32_t capacity, UErrorCode* error)
                     { return udat_toPattern(format.get(), 0, text, capacity, error); });
 }
@@ -271,8 +286,8 @@ std::u16string get_Decimal_Point(const std::string& id)
 {
     UErrorCode error = U_ZERO_ERROR;
     const Number_Format format(unum_open(UNUM_DECIMAL, nullptr, 0, plain_Id(id).c_str(), nullptr, &error));
-    if (U_FAILURE(error))
-        return u".";
+    if (!Is_Good(error))
+        throw Refused_Call();
     const std::u16string point = get_Text(
         [&](char16_t* text, int32_t capacity, UErrorCode* failure)
         { return unum_getSymbol(format.get(), UNUM_DECIMAL_SEPARATOR_SYMBOL, text, capacity, failure); });
@@ -287,20 +302,18 @@ std::string get_Host_Name(const std::string& id)
     return first == std::string::npos ? plain : plain.substr(0, first) + plain.substr(plain.rfind('_'));
 }
 
-} // namespace
-
-const wchar_t* Locale_Record::Keep(const std::u16string& text)
+/// Whether a format writes in the language of `id`, since ICU has its data.
+bool is_Own(const UDateFormat* format, const std::string& id)
 {
-    auto kept = std::make_unique<wchar_t[]>(text.size() + 1);
-    std::copy(text.begin(), text.end(), kept.get());
-    m_Kept.push_back(std::move(kept));
-    return m_Kept.back().get();
+    UErrorCode error = U_ZERO_ERROR;
+    const char* valid = udat_getLocaleByType(format, ULOC_VALID_LOCALE, &error);
+    return Is_Good(error) && get_Language(valid) == get_Language(id.c_str());
 }
 
-std::unique_ptr<Locale_Record> Make_Record(const std::string& id)
+std::unique_ptr<Locale_Record> read_Record(const std::string& id)
 {
     const Date_Format format = open_Format(id, UDAT_MEDIUM, UDAT_SHORT);
-    if (format == nullptr)
+    if (!is_Own(format.get(), id))
         return nullptr;
     auto record = std::make_unique<Locale_Record>();
     record->m_strId = id;
@@ -315,6 +328,40 @@ std::unique_ptr<Locale_Record> Make_Record(const std::string& id)
     record->m_strHost_Name = get_Host_Name(id);
     record->m_Texts.m_pHost_Name = record->m_strHost_Name.c_str();
     return record;
+}
+
+} // namespace
+
+const wchar_t* Locale_Record::Keep(const std::u16string& text)
+{
+    auto kept = std::make_unique<wchar_t[]>(text.size() + 1);
+    std::copy(text.begin(), text.end(), kept.get());
+    m_Kept.push_back(std::move(kept));
+    return m_Kept.back().get();
+}
+
+bool Has_Data(const std::string& id)
+{
+    try
+    {
+        return is_Own(open_Format(id, UDAT_NONE, UDAT_SHORT).get(), id);
+    }
+    catch (const Refused_Call&)
+    {
+        return false;
+    }
+}
+
+std::unique_ptr<Locale_Record> Make_Record(const std::string& id)
+{
+    try
+    {
+        return read_Record(id);
+    }
+    catch (const Refused_Call&)
+    {
+        return nullptr;
+    }
 }
 
 std::unique_ptr<Locale_Record> Make_Invariant_Record()

@@ -57,10 +57,14 @@ struct Locale_Names
     std::u16string m_strCode_Page;
 };
 
-/// `id` is ICU's, with a country.
+/// `id` is ICU's, with a country. Throws std::bad_alloc.
 Locale_Names Get_Names(const std::string& id);
 
-/// Null when ICU refuses the locale. Throws std::bad_alloc.
+/// Whether ICU has data of the locale's language, in its script. For others it answers by the user's default
+/// locale.
+bool Has_Data(const std::string& id);
+
+/// Null when ICU refuses the locale or has no data of it. Throws std::bad_alloc.
 std::unique_ptr<Locale_Record> Make_Record(const std::string& id);
 
 /// The locale of no country.
