@@ -144,31 +144,6 @@ INSTANTIATE_TEST_SUITE_P(Kernel, Named_Process, testing::Values("with", "without
 namespace
 {
 
-/// A descriptor that lets everybody in: its access list is there, and null.
-struct Public_Attributes
-{
-    struct
-    {
-        unsigned char revision = 1;
-        unsigned char unused = 0;
-        unsigned short control = 4;
-        void* parts[4] = {};
-    } descriptor;
-    SECURITY_ATTRIBUTES attributes{sizeof(SECURITY_ATTRIBUTES), &descriptor, FALSE};
-};
-
-Handle make_Public_Event(const std::string& name)
-{
-    Public_Attributes all;
-    return Handle(CreateEventW(&all.attributes, FALSE, FALSE, Wide(name).data()));
-}
-
-Handle make_Public_Mutex(const std::string& name)
-{
-    Public_Attributes all;
-    return Handle(CreateMutexW(&all.attributes, FALSE, Wide(name).data()));
-}
-
 /// As another user: tells the error of opening each object it is told of, by name.
 int play_Stranger(const Part_Arguments& arguments)
 {
@@ -192,7 +167,7 @@ int play_Stranger(const Part_Arguments& arguments)
         return truncate(arguments.at(1).c_str(), 0) == 0 ? 0 : 98;
     }
     const Handle made =
-        arguments[0] == "make_public" ? make_Public_Event(arguments.at(1)) : Event(arguments.at(1));
+        arguments[0] == "make_public" ? Public_Event(arguments.at(1)) : Event(arguments.at(1));
     Say_To_Owner(made != nullptr ? 'r' : 'f');
     Hear_From_Owner();
     return 0;
@@ -231,7 +206,7 @@ TEST_F(Named_Users, A_Public_Object_Is_Open_Whatever_The_Umask)
 {
     const std::string strName = Own_Name("public");
     const mode_t former = umask(077);
-    const Handle event = make_Public_Event(strName);
+    const Handle event = Public_Event(strName);
     umask(former);
     EXPECT_EQ(0, Ask_Stranger("open", strName));
     EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(event, 0));
@@ -250,7 +225,7 @@ TEST_F(Named_Users, Leftovers_Of_Another_User_Are_Used_Or_Removed)
         other.Kill();
         ASSERT_EQ(1U, Find_Files(strName).size());
         EXPECT_EQ(nullptr, Open_Event(strName));
-        const Handle event = make_Public_Event(strName);
+        const Handle event = Public_Event(strName);
         EXPECT_EQ(0U, GetLastError());
         EXPECT_EQ(0, Ask_Stranger("open", strName));
         EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(event, 0));
@@ -265,7 +240,7 @@ TEST_F(Named_Users, A_Stranger_Reuses_A_Public_Leftover_And_Is_Denied_A_Private_
         const pid_t nMaker = fork();
         if (nMaker == 0)
         {
-            const Handle event = bPublic ? make_Public_Event(strName) : Event(strName);
+            const Handle event = bPublic ? Public_Event(strName) : Event(strName);
             kill(getpid(), SIGKILL);
         }
         waitpid(nMaker, nullptr, 0);
@@ -280,8 +255,8 @@ TEST_F(Named_Users, A_Stranger_Reuses_A_Public_Leftover_And_Is_Denied_A_Private_
 TEST_F(Named_Users, A_Stranger_Who_Truncates_Or_Holds_The_Door_Stops_Nobody)
 {
     const std::string strName = Own_Name("hostile");
-    Handle event = make_Public_Event(strName + "e");
-    Handle mutex = make_Public_Mutex(strName + "m");
+    Handle event = Public_Event(strName + "e");
+    Handle mutex = Public_Mutex(strName + "m");
     const Handle other = Mutex(strName + "other");
     EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(mutex, 0));
     std::thread waiter([&] { EXPECT_EQ(TIMED_OUT, WaitForSingleObject(event, 300)); });
@@ -306,7 +281,7 @@ TEST_F(Named_Users, A_Stranger_Who_Truncates_Or_Holds_The_Door_Stops_Nobody)
     mutex.Close();
     event.Close();
 
-    const Handle held = make_Public_Event(strName + "door");
+    const Handle held = Public_Event(strName + "door");
     const int nFile = open(Find_Files(strName + "door").at(0).c_str(), O_RDWR | O_CLOEXEC);
     struct flock lock = {};
     lock.l_type = F_WRLCK;

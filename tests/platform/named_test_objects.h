@@ -76,6 +76,31 @@ inline Handle Open_Mutex(const std::string& name)
     return Handle(OpenMutexW(MUTEX_ALL_ACCESS, FALSE, Wide(name).data()));
 }
 
+/// A descriptor that lets everybody in: its access list is there, and null.
+struct Public_Attributes
+{
+    struct
+    {
+        unsigned char revision = 1;
+        unsigned char unused = 0;
+        unsigned short control = 4;
+        void* parts[4] = {};
+    } descriptor;
+    SECURITY_ATTRIBUTES attributes{sizeof(SECURITY_ATTRIBUTES), &descriptor, FALSE};
+};
+
+inline Handle Public_Event(const std::string& name)
+{
+    Public_Attributes all;
+    return Handle(CreateEventW(&all.attributes, FALSE, FALSE, Wide(name).data()));
+}
+
+inline Handle Public_Mutex(const std::string& name)
+{
+    Public_Attributes all;
+    return Handle(CreateMutexW(&all.attributes, FALSE, Wide(name).data()));
+}
+
 /// Puts the record of system calls back at its end.
 class Kept_Calls
 {

@@ -122,11 +122,8 @@ bool Claims::take_Mutex(Claim& claim)
     {
         claim.abandoned = Judge_Abandoned(page, nBefore);
         page.claim.store(m_Self.id | (claim.abandoned ? WAITERS : 0), std::memory_order_release);
-        // As it will be when the chain is cut off: behind the head.
-        page.state_node.previous = Node_Of_Head(m_Head);
-        page.state_node.next = m_pLast->next;
-        Store_Link(Node_Of_Link(m_pLast->next)->previous, &page.state_node);
-        Store_Link(m_pLast->next, &page.state_node.next);
+        Link_Behind(m_pLast->next, page.state_node);
+        page.state_node.previous = &m_Head.next; // as it will be when the chain is cut off
     }
     else
     {
@@ -161,12 +158,25 @@ void Claims::Commit()
         {
             object.Page().claim.store(0, std::memory_order_relaxed);
             Note_Ownership(object, m_Self);
+            if (object.exposed)
+            {
+                move_To_End(object.Page().state_node);
+            }
         }
         else if (claim.node != nullptr)
         {
             replace_Claim(object.Page().state, m_Self.id, 0);
         }
     }
+}
+
+/// As a mutex that is locked alone: what others can take away from the kernel's eyes hides nothing behind it.
+void Claims::move_To_End(Robust_Node& node)
+{
+    Set_Pending(m_Head, node);
+    Unlink(node);
+    Link_Last(m_Head, node);
+    Clear_Pending(m_Head);
 }
 
 /// The mutexes in the opposite order: the last one taken is the first behind the chain.
@@ -200,7 +210,7 @@ void Claims::give_Back_Mutex(Claim& claim)
     Named_Page& page = claim.object->Page();
     page.claim.store(0, std::memory_order_release);
     Set_Pending(m_Head, page.state_node);
-    Store_Link(Node_Of_Link(page.state_node.next)->previous, Node_Of_Head(m_Head));
+    Store_Link(Node_Of_Link(page.state_node.next)->previous, &m_Head.next);
     Store_Link(m_pLast->next, page.state_node.next);
     Free_State(*claim.object, claim.abandoned ? MARK : 0);
     Clear_Pending(m_Head);

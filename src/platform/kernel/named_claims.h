@@ -54,6 +54,7 @@ private:
     bool take_Mutex(Claim& claim);
     bool is_Kept(const Claim& claim) const;
     void back_Out();
+    void move_To_End(Robust_Node& node);
     void give_Back_Event(Named_Page& page);
     void give_Back_Mutex(Claim& claim);
 
