@@ -36,9 +36,10 @@ DWORD Attributes_Of(DWORD privilege)
     EXPECT_TRUE(GetTokenInformation(token, TokenPrivileges, &told, sizeof told, &size));
     CloseHandle(token);
     EXPECT_EQ(4 + 12 * told.m_List.PrivilegeCount, size);
+    const LUID_AND_ATTRIBUTES* const pEntries = told.m_List.Privileges; // more than the type says
     for (DWORD i = 0; i < told.m_List.PrivilegeCount; ++i)
     {
-        const LUID_AND_ATTRIBUTES& entry = told.m_List.Privileges[i];
+        const LUID_AND_ATTRIBUTES& entry = pEntries[i];
         if (entry.Luid.LowPart == privilege)
         {
             return entry.Attributes;
