@@ -4,6 +4,8 @@
 #include <lib_datetime.h>
 #include <lib_strings.h>
 
+#include <optional>
+
 /// How the desk writes and reads times: in which locale, and whether as local or system time. The values
 /// themselves are system time.
 class Clock
@@ -13,14 +15,20 @@ public:
 
     Lib_String Write(const Lib_DateTime& When) const { return When.Format(0, m_nLocale, m_bLocal); }
 
-    /// False for a text that is no date in the locale.
-    bool Read(const Lib_String& strText, Lib_DateTime& Result) const
+    /// None for a text that is no date in the locale, a time alone among them, and for a local time that the
+    /// platform cannot convert, such as one before 1601. 30 December 1899 counts as a time alone.
+    std::optional<Lib_DateTime> Read(const Lib_String& strText) const
     {
-        if (!Result.Parse_Date_Time(strText, 0, m_nLocale, m_bLocal))
-            return false;
-        if (m_bLocal)
-            Result = Result.Get_System();
-        return true;
+        constexpr unsigned long DATE_ALONE = 2; // the platform's flag
+        Lib_DateTime Date;
+        Lib_DateTime Result;
+        if (!Date.Parse_Date_Time(strText, DATE_ALONE, m_nLocale, false) || Date == Lib_DateTime() ||
+            !Result.Parse_Date_Time(strText, 0, m_nLocale, false))
+            return std::nullopt;
+        if (!m_bLocal)
+            return Result;
+        const Lib_DateTime System = Result.Get_System();
+        return System != Lib_DateTime() ? std::optional(System) : std::nullopt;
     }
 
 private:

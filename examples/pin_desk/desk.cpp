@@ -16,8 +16,6 @@ bool is_Same_Pin(const Lib_Protected_String& Left, const Lib_Protected_String& R
     return !strLeft.Is_Empty() && strLeft == Right.Get_String();
 }
 
-bool is_Limited(const Lib_DateTime& Until) { return Until != Lib_DateTime(); }
-
 Answer no_Such_Card() { return make_Answer(false, L"no such card"); }
 
 } // namespace
@@ -115,8 +113,8 @@ Answer Desk::show(const Request& request) const
         Lib_Write_Buffer(card.m_Badge.Get_Size(), card.m_Badge.Get_Ptr(), strBadge, L':');
     Lib_String strText;
     strText.Format(L"%s, badge %s, %s", card.m_strOwner.GetW(), strBadge.GetW(), describe_Tries(card).GetW());
-    if (is_Limited(card.m_Until))
-        strText += L", until " + m_Clock.Write(card.m_Until);
+    if (card.m_Until)
+        strText += L", until " + m_Clock.Write(*card.m_Until);
     return make_Answer(true, strText);
 }
 
@@ -165,8 +163,7 @@ bool Desk::verify(const Request& request, Answer& Refusal)
         return false;
     }
     Card& card = found->second;
-    const double dtUntil = card.m_Until;
-    if (is_Limited(card.m_Until) && dtUntil < Lib_DateTime::Get_Current())
+    if (card.m_Until && static_cast<double>(*card.m_Until) < Lib_DateTime::Get_Current())
     {
         Refusal = make_Answer(false, L"the card has expired");
         return false;

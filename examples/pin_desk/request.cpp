@@ -229,7 +229,9 @@ bool Read_Request(const Lib_String& strLine, const Clock& clock, Request& Result
     }
     if (!check_Fields(Result.m_Operation, nSeen, strFault))
         return false;
-    if ((nSeen & FIELD_UNTIL) != 0 && !clock.Read(Result.m_strUntil, Result.m_Until))
+    if ((nSeen & FIELD_UNTIL) != 0)
+        Result.m_Until = clock.Read(Result.m_strUntil);
+    if ((nSeen & FIELD_UNTIL) != 0 && !Result.m_Until)
     {
         strFault.Format(L"until is not %s", DATE_DEMAND);
         return false;

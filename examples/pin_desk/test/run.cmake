@@ -122,8 +122,44 @@ foreach(locale 0x419 1049)
         message(SEND_ERROR "The first line has no stamp in Russian:\n${output}")
     endif()
 endforeach()
-run(-in "${WORK}/dates.txt" -locale 0x419 -local)
-expect("local times come back as they went" CODE 0 TEXTS "until 31.12.2099 18:00:00")
+
+# Local times, in a zone 5:30 ahead: three hours from now by the system's clock are long over there.
+function(write_Time shift format variable) # seconds from now
+    string(TIMESTAMP now "%s" UTC)
+    math(EXPR now "${now} + ${shift}")
+    set(ENV{SOURCE_DATE_EPOCH} ${now}) # the time that is written instead of the present one
+    string(TIMESTAMP text "${format}" UTC)
+    unset(ENV{SOURCE_DATE_EPOCH})
+    set(${variable} "${text}" PARENT_SCOPE)
+endfunction()
+
+write_Time(10800 "%d.%m.%Y %H:%M:30" later)
+file(WRITE "${WORK}/local.txt" "op=store card=1 owner=A pin=1234 until=${later}\nop=show card=1\nop=check card=1 pin=1234\n"
+     "op=store card=2 owner=B pin=1234 until=31.12.1500\nop=check card=2 pin=1234\n"
+     "op=store card=3 owner=C pin=1234 until=0:00\nop=store card=4 owner=D pin=1234 until=30.12.1899")
+set(ENV{TZ} "EAST-5:30")
+foreach(ahead 0 19800)
+    set(option "")
+    set(texts "PIN right" "the card has expired") # the second card's
+    if(ahead)
+        set(option -local)
+        set(texts "4  malformed: until is not a date" "no such card")
+    endif()
+    write_Time(${ahead} "%d.%m.%Y %H:%M" before)
+    run(-in "${WORK}/local.txt" -locale 0x419 ${option})
+    write_Time(${ahead} "%d.%m.%Y %H:%M" after)
+    expect("dates in a zone 5:30 ahead ${option}" CODE 0
+           TEXTS "until ${later}\n" "6  malformed: until is not a date" "7  malformed: until is not a date" ${texts})
+    if(NOT output MATCHES "^(${before}|${after}):")
+        message(SEND_ERROR "The first line's stamp is not ${before}, ${option}:\n${output}")
+    endif()
+    string(REGEX MATCHALL "the card has expired" expired "${output}")
+    list(LENGTH expired count) # the second card by the system's time, the first one by local time
+    if(NOT count EQUAL 1)
+        message(SEND_ERROR "${count} cards have expired, ${option}:\n${output}")
+    endif()
+endforeach()
+unset(ENV{TZ})
 foreach(locale abc 0xFC09 0x 0x41G -1 0x123456789)
     expect_refusal("-locale takes the identifier of a locale" -in "${requests}" -locale ${locale})
 endforeach()
