@@ -32,7 +32,8 @@ public:
     /// As Set_Date_Time; 0.0 when that refuses the fields.
     Lib_DateTime(int nYear, int nMonth, int nDay, int nHour, int nMinute, int nSecond);
 
-    /// The value as it is, or, if `bLocal`, the system time of a local time.
+    /// The value as it is, or, if `bLocal`, the system time of a local time; 0.0 for a local time that the
+    /// platform refuses, such as one before 1601.
     Lib_DateTime(double dtValue, bool bLocal);
 
     /// Seconds since 1970, UTC, from -43200 up to but not including 32536846800 (which is in the year 3001;
@@ -93,8 +94,9 @@ public:
                                  bool bLocal);
 
     /// The text of the value, or of its local time, as the locale writes dates: short date and time, of which
-    /// the date is left out on 30 December 1899 and the time at midnight. `nFlags` as in Parse_Date_Time.
-    /// Empty for a value, a locale or flags that the platform refuses.
+    /// the date is left out on 30 December 1899 and the time at midnight. `nFlags` as in Parse_Date_Time; the
+    /// identifiers 0x400, 0x800 and 0 mean the user's locale. Empty for a value, a locale or flags that the
+    /// platform refuses; there is no local time of dates before 1601.
     virtual Lib_String Format(unsigned long nFlags, unsigned long nLocale, bool bTo_Local) const;
 
     /// The text of the value by string `nId` of a module's table, in the user's default locale; null means
@@ -104,15 +106,17 @@ public:
     /// The text of the value by a format of the runtime's wcsftime. Empty for a text of more than 127 units,
     /// a bad format, or a value that cannot be broken down; the last leaves the runtime's locale alone.
     /// Otherwise the runtime's locale, which is the process's, is that of the identifier during the call (the
-    /// user's default for an identifier that the platform doesn't know) and the user's default behind it,
-    /// whatever it was before. Nothing guards that: calls of several threads may see one another's locale.
+    /// user's default for an identifier that platform or runtime don't know) and the user's default behind
+    /// it, whatever it was before. That default is the runtime's, which the platform's 0x400 need not be: on
+    /// Linux LC_ALL, LC_TIME and LANG tell it, but LC_ALL, LC_MESSAGES and LANG the other one. Nothing guards
+    /// that: calls of several threads may see one another's locale.
     virtual Lib_String Format(const wchar_t* pFormat, unsigned long nLocale) const;
 
     /// Writes all fields but tm_isdst. False, with nothing written, for a value that cannot be broken down.
     bool To_tm(std::tm& Fields) const;
 
     /// The value as local time, by the bias of the process's zone that is in force now; and the way back. 0.0
-    /// for a value that the platform refuses.
+    /// for a value that the platform refuses, such as one before 1601.
     Lib_DateTime Get_Local() const { return Lib_DateTime(to_Local(m_dtValue), false); }
     Lib_DateTime Get_System() const { return Lib_DateTime(to_System(m_dtValue), false); }
 

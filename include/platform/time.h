@@ -90,10 +90,10 @@ inline constexpr DWORD LOCALE_NOUSEROVERRIDE = 0x80000000;
 /// failure: 122 when the buffer is too small, 1004 for another type, 87 for a null buffer, a negative size or
 /// an unknown locale, 126 without the provider `oleaut32`.
 ///
-/// Known are the identifiers that ICU maps to a locale, with whatever sort order. 0x400, 0x800 and 0 (0x1000
-/// and 0xC00 too) are the user's locale by the environment as ICU reads it (LC_ALL, LC_MESSAGES, LANG), and
-/// en-US where that says nothing or "C". The user's overrides, which LOCALE_NOUSEROVERRIDE leaves out, don't
-/// exist here.
+/// Known are the identifiers that ICU maps to a locale of which it has data, with whatever sort order. 0x400,
+/// 0x800 and 0 (0x1000 and 0xC00 too) are the user's locale by the environment as ICU reads it (LC_ALL,
+/// LC_MESSAGES, LANG), and en-US where that says nothing, "C" or a locale without data. The user's overrides,
+/// which LOCALE_NOUSEROVERRIDE leaves out, don't exist here.
 LIB_API int GetLocaleInfoW(LCID locale, LCTYPE type, LPWSTR buffer, int size);
 
 inline constexpr ULONG VAR_TIMEVALUEONLY = 0x1;

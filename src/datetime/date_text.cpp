@@ -1,9 +1,9 @@
 #include "datetime/date_time.h"
 
+#include "datetime/zones.h"
 #include "platform/runtime_time.h"
 
 #include <memory>
-#include <new>
 
 namespace
 {
@@ -14,10 +14,6 @@ constexpr unsigned int VALUE_OVERFLOW = 0x8002000A;
 
 /// All categories of the runtime's locale, by the platform's number.
 constexpr int ALL_CATEGORIES = 0;
-
-constexpr LCTYPE LANGUAGE_IN_ENGLISH = 0x1001;
-constexpr LCTYPE COUNTRY_IN_ENGLISH = 0x1002;
-constexpr LCTYPE ANSI_CODE_PAGE = 0x1004;
 
 struct Free_Text
 {
@@ -31,9 +27,9 @@ class Locale_Name
 public:
     explicit Locale_Name(LCID nLocale)
     {
-        append(L"", nLocale, LANGUAGE_IN_ENGLISH);
-        append(L"_", nLocale, COUNTRY_IN_ENGLISH);
-        append(L".", nLocale, ANSI_CODE_PAGE);
+        append(L"", nLocale, LOCALE_SENGLANGUAGE);
+        append(L"_", nLocale, LOCALE_SENGCOUNTRY);
+        append(L".", nLocale, LOCALE_IDEFAULTANSICODEPAGE);
         m_Text[m_nLength] = 0;
     }
 
@@ -78,9 +74,12 @@ bool Lib_DateTime::Parse_Date_Time(const wchar_t* pText, unsigned long nFlags, u
 
 Lib_String Lib_DateTime::Format(unsigned long nFlags, unsigned long nLocale, bool bTo_Local) const
 {
+    double dtValue = m_dtValue;
+    if (bTo_Local && !qn_calendar::Find_Local(m_dtValue, dtValue))
+        return Lib_String();
     wchar_t* pText = nullptr;
-    const HRESULT nResult = VarBstrFromDate(bTo_Local ? to_Local(m_dtValue) : m_dtValue,
-                                            static_cast<LCID>(nLocale), static_cast<ULONG>(nFlags), &pText);
+    const HRESULT nResult =
+        VarBstrFromDate(dtValue, static_cast<LCID>(nLocale), static_cast<ULONG>(nFlags), &pText);
     const std::unique_ptr<wchar_t, Free_Text> pOwner(nResult >= 0 ? pText : nullptr);
     return Lib_String(pOwner.get());
 }

@@ -1,5 +1,7 @@
 #include "datetime/date_time.h"
 
+#include "datetime/zones.h"
+
 // Between the value and the platform's forms of a time, by which zones are changed.
 
 namespace
@@ -13,15 +15,13 @@ bool to_File_Time(double dtValue, FILETIME& Result)
     return VariantTimeToSystemTime(dtValue, &Fields) && SystemTimeToFileTime(&Fields, &Result);
 }
 
-double change_Zone(double dtValue, Convert_Zone convert)
+bool change_Zone(double dtValue, Convert_Zone convert, double& dtResult)
 {
     FILETIME From{};
     FILETIME To{};
     SYSTEMTIME Fields{};
-    double dtResult = 0.0;
-    const bool bDone = to_File_Time(dtValue, From) && convert(&From, &To) &&
-                       FileTimeToSystemTime(&To, &Fields) && SystemTimeToVariantTime(&Fields, &dtResult);
-    return bDone ? dtResult : 0.0;
+    return to_File_Time(dtValue, From) && convert(&From, &To) && FileTimeToSystemTime(&To, &Fields) &&
+           SystemTimeToVariantTime(&Fields, &dtResult);
 }
 
 } // namespace
@@ -32,6 +32,19 @@ Lib_DateTime::operator _FILETIME() const
     return to_File_Time(m_dtValue, Result) ? Result : FILETIME{};
 }
 
-double Lib_DateTime::to_Local(double dtValue) { return change_Zone(dtValue, FileTimeToLocalFileTime); }
+bool qn_calendar::Find_Local(double dtValue, double& dtLocal)
+{
+    return change_Zone(dtValue, FileTimeToLocalFileTime, dtLocal);
+}
 
-double Lib_DateTime::to_System(double dtValue) { return change_Zone(dtValue, LocalFileTimeToFileTime); }
+double Lib_DateTime::to_Local(double dtValue)
+{
+    double dtResult = 0.0;
+    return qn_calendar::Find_Local(dtValue, dtResult) ? dtResult : 0.0;
+}
+
+double Lib_DateTime::to_System(double dtValue)
+{
+    double dtResult = 0.0;
+    return change_Zone(dtValue, LocalFileTimeToFileTime, dtResult) ? dtResult : 0.0;
+}

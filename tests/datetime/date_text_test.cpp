@@ -152,6 +152,13 @@ TEST(Date_Text, Is_Written_To_The_Ends_Of_The_Platforms_Range)
     EXPECT_TEXT_EQ(write(36526.75, 0, DE), write(36526.75, 0, 0x10407)) << "the sort order doesn't matter";
 }
 
+TEST(Date_Text, Is_Empty_When_There_Is_No_Local_Time)
+{
+    for (const double dtValue : {static_cast<double>(Lib_DateTime(1500, 12, 31, 0, 0, 0)), 1e9})
+        EXPECT_TEXT_EQ(L"", Lib_DateTime(dtValue, false).Format(0, 0x409, true)) << dtValue;
+    EXPECT_LT(0u, Lib_DateTime(2004, 3, 5, 18, 3, 9).Format(0, 0x409, true).Get_Length());
+}
+
 TEST(Date_Text, Is_Read_Back_In_Every_Locale_That_Writes_It)
 {
     const struct

@@ -17,8 +17,6 @@ namespace
 constexpr int BEFORE_NOON = 0;
 constexpr int AFTER_NOON = 1;
 
-bool is_Digit(char16_t unit) { return unit >= u'0' && unit <= u'9'; }
-
 bool is_Time(const Date_Number& hour, const Date_Number& minute, const Date_Number& second)
 {
     return hour.m_nDigits <= 2 && minute.m_nDigits <= 2 && second.m_nDigits <= 2 && hour.m_nValue <= 23 &&
@@ -49,7 +47,7 @@ bool Date_Reader::read_Item()
     const Date_Word* word = m_Locale.m_Words.Find(m_Text.substr(m_nNext));
     if (word != nullptr)
         return read_Word(*word);
-    return is_Digit(peek()) && read_Digits();
+    return Is_Digit(peek()) && read_Digits();
 }
 
 bool Date_Reader::read_Word(const Date_Word& word)
@@ -82,7 +80,7 @@ bool Date_Reader::read_Marker(int half)
 bool Date_Reader::read_Number(Date_Number& number)
 {
     number = Date_Number{0, 0};
-    for (; is_Digit(peek()); ++m_nNext)
+    for (; Is_Digit(peek()); ++m_nNext)
     {
         if (++number.m_nDigits > 9)
             return false;
@@ -99,7 +97,7 @@ bool Date_Reader::read_Digits()
         return false;
     if (peek() == u':')
         return read_Time(number);
-    if (peek() == u'.' && is_Digit(peek(1)))
+    if (peek() == u'.' && Is_Digit(peek(1)))
     {
         m_nNext = start;
         if (read_Dotted())
@@ -132,7 +130,7 @@ bool Date_Reader::find_Marker_Behind(int& half, std::size_t& end) const
     end = next + word->m_strText.size();
     half = word->m_nValue;
     next = m_Text.find_first_not_of(u' ', end);
-    return !m_Locale.m_bMarker_First || next == std::u16string_view::npos || !is_Digit(m_Text[next]);
+    return !m_Locale.m_bMarker_First || next == std::u16string_view::npos || !Is_Digit(m_Text[next]);
 }
 
 /// `hour` was read, and a colon stands behind it.
@@ -162,7 +160,7 @@ bool Date_Reader::read_Dotted()
            read_Number(group.m_Numbers[static_cast<std::size_t>(group.m_nCount)]))
     {
         ++group.m_nCount;
-        more = peek() == u'.' && is_Digit(peek(1));
+        more = peek() == u'.' && Is_Digit(peek(1));
         if (more)
             ++m_nNext;
     }
@@ -218,7 +216,7 @@ bool Date_Reader::add_Number(const Date_Number& number)
 bool Date_Reader::read_Separators()
 {
     m_cSeparator = 0;
-    const bool word = !is_Digit(m_Text[m_nNext - 1]);
+    const bool word = !Is_Digit(m_Text[m_nNext - 1]);
     skip_Blanks();
     if (peek() == u'.')
     {

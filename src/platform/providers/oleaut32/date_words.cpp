@@ -16,8 +16,6 @@ bool is_Ascii(std::u16string_view text)
     return std::all_of(text.begin(), text.end(), [](char16_t unit) { return unit < 0x80; });
 }
 
-bool is_Digit(char16_t unit) { return unit >= u'0' && unit <= u'9'; }
-
 bool is_Direction_Mark(char16_t unit) { return unit == 0x200E || unit == 0x200F || unit == 0x061C; }
 
 std::u16string fold_Case(std::u16string_view text)
@@ -77,7 +75,7 @@ void Date_Words::Add(const std::u16string& text, Date_Word::Kind kind, int value
     word = begin < end ? word.substr(begin, end - begin) : std::u16string();
     const bool known = std::any_of(m_Words.begin(), m_Words.end(),
                                    [&](const Date_Word& other) { return other.m_strText == word; });
-    if (!known && !std::all_of(word.begin(), word.end(), is_Digit))
+    if (!known && !std::all_of(word.begin(), word.end(), Is_Digit))
         m_Words.push_back({word, kind, value});
 }
 

@@ -11,6 +11,8 @@
 namespace qn_oleaut32
 {
 
+constexpr bool Is_Digit(char16_t unit) { return unit >= u'0' && unit <= u'9'; }
+
 struct Date_Word
 {
     enum class Kind

@@ -16,13 +16,16 @@ namespace
 {
 
 constexpr int LONGEST_ID = 200;
-constexpr LCID INVARIANT = 0x7F;
-constexpr LCID USER_DEFAULT = 0x400;
+
+using qn_platform::LOCALE_INVARIANT;
+using qn_platform::LOCALE_NEUTRAL;
+using qn_platform::LOCALE_SYSTEM_DEFAULT;
+using qn_platform::LOCALE_USER_DEFAULT;
 
 struct Entry
 {
     LCID m_Locale;
-    const Locale_Record* m_pRecord;
+    const Locale_Record* m_pRecord; ///< null when ICU doesn't map the identifier
     const Entry* m_pNext;
 };
 
@@ -35,17 +38,18 @@ std::atomic<const Entry*>& get_Bucket(LCID locale)
     return g_Buckets[(locale ^ locale >> 8) % g_Buckets.size()];
 }
 
-const Locale_Record* find_Entry(LCID locale)
+const Entry* find_Entry(LCID locale)
 {
     const Entry* entry = get_Bucket(locale).load(std::memory_order_acquire);
     while (entry != nullptr && entry->m_Locale != locale)
         entry = entry->m_pNext;
-    return entry != nullptr ? entry->m_pRecord : nullptr;
+    return entry;
 }
 
 bool is_Default(LCID locale)
 {
-    return locale == 0 || locale == USER_DEFAULT || locale == 0x800 || locale == 0xC00 || locale == 0x1000;
+    return locale == LOCALE_NEUTRAL || locale == LOCALE_USER_DEFAULT || locale == LOCALE_SYSTEM_DEFAULT ||
+           locale == 0xC00 || locale == 0x1000;
 }
 
 std::string maximize(const std::string& id)
@@ -97,12 +101,26 @@ std::string get_Default_Id()
     return plain || !Has_Data(id) ? "en_US" : complete(id);
 }
 
-std::unique_ptr<Locale_Record> make_Record(LCID locale)
+std::string find_Id(LCID locale)
 {
-    if (locale == INVARIANT)
-        return Make_Invariant_Record();
-    const std::string id = is_Default(locale) ? get_Default_Id() : get_Id(locale);
-    return id.empty() ? nullptr : Make_Record(id);
+    if (locale == LOCALE_INVARIANT)
+        return "en_US";
+    return locale == LOCALE_USER_DEFAULT ? get_Default_Id() : get_Id(locale);
+}
+
+/// Under the mutex. What ICU maps and yet refuses is not kept: it may have been short of something.
+const Locale_Record* make_Entry(LCID locale)
+{
+    const std::string id = find_Id(locale);
+    std::unique_ptr<Locale_Record> made;
+    if (!id.empty())
+        made = locale == LOCALE_INVARIANT ? Make_Invariant_Record() : Make_Record(id);
+    if (!id.empty() && made == nullptr)
+        return nullptr;
+    std::atomic<const Entry*>& bucket = get_Bucket(locale);
+    bucket.store(new Entry{locale, made.get(), bucket.load(std::memory_order_relaxed)},
+                 std::memory_order_release);
+    return made.release();
 }
 
 std::u16string join(const Locale_Names& names)
@@ -166,27 +184,19 @@ const Locale_Record* Find_Locale(LCID locale)
         return nullptr;
     locale &= 0xFFFF;
     if (is_Default(locale))
-        locale = USER_DEFAULT;
-    const Locale_Record* record = find_Entry(locale);
-    if (record != nullptr)
-        return record;
+        locale = LOCALE_USER_DEFAULT;
+    const Entry* entry = find_Entry(locale);
+    if (entry != nullptr)
+        return entry->m_pRecord;
     const std::lock_guard lock(g_Mutex);
-    record = find_Entry(locale);
-    if (record != nullptr)
-        return record;
-    std::unique_ptr<Locale_Record> made = make_Record(locale);
-    if (made == nullptr)
-        return nullptr;
-    std::atomic<const Entry*>& bucket = get_Bucket(locale);
-    bucket.store(new Entry{locale, made.get(), bucket.load(std::memory_order_relaxed)},
-                 std::memory_order_release);
-    return made.release();
+    entry = find_Entry(locale);
+    return entry != nullptr ? entry->m_pRecord : make_Entry(locale);
 }
 
 const Locale_Record* Find_Locale_By_Platform_Name(const wchar_t* name)
 {
     if (is_Same(u"Invariant Language_Invariant Country.1252", name))
-        return Find_Locale(INVARIANT);
+        return Find_Locale(LOCALE_INVARIANT);
     const Locale_Record* made = find_Made(name);
     if (made != nullptr)
         return made;
@@ -198,7 +208,7 @@ const Locale_Record* Find_Locale_By_Platform_Name(const wchar_t* name)
             return Find_Locale(locale);
     }
     // The user's own may be one that has no identifier.
-    return is_Same(join(Get_Names(get_Default_Id())), name) ? Find_Locale(USER_DEFAULT) : nullptr;
+    return is_Same(join(Get_Names(get_Default_Id())), name) ? Find_Locale(LOCALE_USER_DEFAULT) : nullptr;
 }
 
 const Locale_Record* Find_Locale_By_Host_Name(const char* name)

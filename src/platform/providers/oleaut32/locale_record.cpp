@@ -160,7 +160,7 @@ std::u16string simplify_Pattern(const std::u16string& pattern)
     return result.substr(begin, result.find_last_not_of(u' ') + 1 - begin);
 }
 
-/// The first unit behind the first run of `letter` that is neither a blank nor a part of a field or text.
+/// The first unit behind the first run of `letters` that is neither a blank nor a part of a field or text.
 char16_t find_Separator(const std::u16string& pattern, std::u16string_view letters, char16_t otherwise)
 {
     std::size_t index = pattern.find_first_of(letters);
@@ -191,7 +191,7 @@ Date_Order get_Order(const std::u16string& pattern)
     return month < day ? Date_Order::month_day_year : Date_Order::day_month_year;
 }
 
-/// The words of a pattern's own, those between apostrophes and those in no Latin letters.
+/// The words that stand in a pattern as they are: between apostrophes, or in letters that are not ASCII's.
 void add_Fillers(const std::u16string& pattern, Date_Words& words)
 {
     std::u16string text;
