@@ -39,6 +39,7 @@
 #include "platform/messages.h"
 #include "platform/modules.h"
 #include "platform/security.h"
+#include "platform/sessions.h"
 #include "platform/text.h"
 #include "platform/time.h"
 #include "platform/tokens.h"

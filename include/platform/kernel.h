@@ -58,6 +58,13 @@ inline constexpr DWORD EVENT_MODIFY_STATE = 2;
 inline constexpr DWORD EVENT_ALL_ACCESS = 0x001F0003;
 inline constexpr DWORD MUTEX_MODIFY_STATE = 1;
 inline constexpr DWORD MUTEX_ALL_ACCESS = 0x001F0001;
+inline constexpr DWORD THREAD_TERMINATE = 0x0001;
+inline constexpr DWORD THREAD_SUSPEND_RESUME = 0x0002;
+inline constexpr DWORD THREAD_QUERY_INFORMATION = 0x0040;
+inline constexpr DWORD THREAD_SET_THREAD_TOKEN = 0x0080;
+inline constexpr DWORD THREAD_IMPERSONATE = 0x0100;
+inline constexpr DWORD THREAD_QUERY_LIMITED_INFORMATION = 0x0800;
+inline constexpr DWORD THREAD_ALL_ACCESS = 0x001FFFFF;
 
 /// Closes a handle; the object goes with its last handle in any process. 6 also for a handle that is
 /// protected from closing, which stays open. The pseudo handles succeed and nothing happens.

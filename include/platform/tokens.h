@@ -2,6 +2,7 @@
 #define QNLIB_PLATFORM_TOKENS_H
 
 #include "lib_api.h"
+#include "platform/security.h"
 #include "platform/types.h"
 
 // Access tokens and their privileges. Included through lib_platform.h only.
@@ -9,6 +10,12 @@
 // A token is a record of this process; handles stand for it as for any kernel object. The process has one
 // token, whichever handle it is seen through, and a forked child starts with a copy of it. Any thread may
 // call these at any time.
+//
+// A thread may bear a token of its own, which stands for the client that it works for: it impersonates him.
+// The thread keeps the token alive, whichever handles are closed, until it puts it off or ends. New threads
+// and forked children bear none. While a thread bears one, it can open the process's token only for access
+// that its own token grants, so who may not know his client's session is not given the process's instead.
+// Tokens that can be borne are made by the operations of platform/sessions.h.
 //
 // The process's token holds a privilege if the process may have the capability by which Linux allows what the
 // privilege stands for, as it was when the token was first looked at:
@@ -66,15 +73,47 @@ struct TOKEN_PRIVILEGES
 };
 using PTOKEN_PRIVILEGES = TOKEN_PRIVILEGES*;
 
+struct SID_AND_ATTRIBUTES
+{
+    PSID Sid;
+    DWORD Attributes;
+};
+
+struct TOKEN_USER
+{
+    SID_AND_ATTRIBUTES User;
+};
+using PTOKEN_USER = TOKEN_USER*;
+
 enum TOKEN_INFORMATION_CLASS : int
 {
-    TokenPrivileges = 3
+    TokenUser = 1,
+    TokenPrivileges = 3,
+    TokenSessionId = 12,
+    MaxTokenInfoClass = 51
 };
 
 /// Opens the token of this process. 6 for what is no handle to a process, 5 for an access that nobody gets
 /// (beyond TOKEN_ALL_ACCESS, generic rights and MAXIMUM_ALLOWED), 87 for a null `token`, 8 when memory is
 /// short.
 LIB_API BOOL OpenProcessToken(HANDLE process, DWORD access, PHANDLE token);
+
+/// Opens the token that a thread bears. 1008 when it bears none, 5 for access that the token does not grant
+/// and for a handle without THREAD_QUERY_INFORMATION, 6 for what is no handle to a thread, 87 for a null
+/// `token`, 8 or 4 when there is no room. If `as_self` is 0, the calling thread is given no more than the
+/// token that it bears itself grants.
+LIB_API BOOL OpenThreadToken(HANDLE thread, DWORD access, BOOL as_self, PHANDLE token);
+
+/// Has a thread bear a token from now on, in the place of the one before, or none for a null `token`. The
+/// thread is the calling one if `thread` is null, else the one behind `*thread`, whose handle needs
+/// THREAD_SET_THREAD_TOKEN; one that was created suspended bears the token from its first instruction on. The
+/// token's handle needs TOKEN_IMPERSONATE and may be closed afterwards. 6 for what is no handle of that kind,
+/// 5 for a handle that lacks the right and for a thread that has ended, 1349 for the token of the process,
+/// which is not one to be borne, 8 when memory is short.
+LIB_API BOOL SetThreadToken(PHANDLE thread, HANDLE token);
+
+/// Has the calling thread put off its token, if it bears one. Never fails.
+LIB_API BOOL RevertToSelf();
 
 /// The identifier of a privilege by its name ("SeDebugPrivilege"), without regard to case. 1313 when there is
 /// none of that name, or it is null; 1722 for another system than this one, which is null or empty; 87 for a
@@ -95,8 +134,18 @@ LIB_API BOOL LookupPrivilegeValueW(LPCWSTR system, LPCWSTR name, PLUID luid);
 LIB_API BOOL AdjustTokenPrivileges(HANDLE token, BOOL disable_all, PTOKEN_PRIVILEGES wanted, DWORD size,
                                    PTOKEN_PRIVILEGES previous, PDWORD needed);
 
-/// Tells what a token says of itself: TokenPrivileges gives TOKEN_PRIVILEGES. `needed` receives the size of
-/// that; 122 if it is larger than `size`. Needs TOKEN_QUERY. Other classes are refused with 50.
+/// Tells what a token says of itself. Needs TOKEN_QUERY.
+///
+/// | class           | what is told |
+/// |-----------------|---------------------------------------------------------------------------------------|
+/// | TokenUser       | TOKEN_USER and behind it the SID, S-1-22-1 and the user's number; attributes 0 | |
+/// TokenPrivileges | TOKEN_PRIVILEGES                                                                      |
+/// | TokenSessionId  | a DWORD: the session |
+///
+/// `needed` receives the size of that. If `size` is less, nothing is told and the last error is 122, for
+/// TokenSessionId 24. The process's token tells the session that the process began with and the effective
+/// user that it has now, the others those that they were made for. Other classes are refused with 50, numbers
+/// that are no class with 87, and a null `needed` too.
 LIB_API BOOL GetTokenInformation(HANDLE token, TOKEN_INFORMATION_CLASS information_class, LPVOID information,
                                  DWORD size, PDWORD needed);
 

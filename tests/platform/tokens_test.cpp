@@ -51,12 +51,17 @@ Privilege_Set Set_Of(std::initializer_list<DWORD> privileges)
     return set;
 }
 
+HANDLE Open(Token& token, DWORD access)
+{
+    return Open_Token(New_Record(Kind::Token, &token, [](void*) {}), access);
+}
+
 /// A handle to a token of the test's own.
 class Test_Token
 {
 public:
     explicit Test_Token(Privilege_Set held)
-        : m_Token(TOKEN_ALL_ACCESS, held), m_Full(Open_Token(m_Token, MAXIMUM_ALLOWED))
+        : m_Token(TOKEN_ALL_ACCESS, held), m_Full(Open(m_Token, MAXIMUM_ALLOWED))
     {
     }
     Test_Token(const Test_Token&) = delete;
@@ -107,9 +112,9 @@ TEST(Tokens, Hold_What_The_Process_Is_Capable_Of)
 TEST(Tokens, Are_Opened_For_What_They_Grant)
 {
     Token token(TOKEN_IMPERSONATE | TOKEN_ADJUST_PRIVILEGES, 0);
-    EXPECT_EQ(nullptr, Open_Token(token, TOKEN_QUERY));
+    EXPECT_EQ(nullptr, Open(token, TOKEN_QUERY));
     EXPECT_EQ(5U, GetLastError());
-    const HANDLE handle = Open_Token(token, TOKEN_IMPERSONATE);
+    const HANDLE handle = Open(token, TOKEN_IMPERSONATE);
     ASSERT_NE(nullptr, handle);
     TOKEN_PRIVILEGES wanted = {};
     EXPECT_FALSE(AdjustTokenPrivileges(handle, FALSE, &wanted, 0, nullptr, nullptr));
@@ -172,7 +177,7 @@ TEST(Tokens, Tell_What_Was_Changed)
     EXPECT_FALSE(AdjustTokenPrivileges(token.Full(), FALSE, nullptr, 0, nullptr, nullptr));
     EXPECT_EQ(87U, GetLastError());
     EXPECT_FALSE(
-        GetTokenInformation(token.Full(), static_cast<TOKEN_INFORMATION_CLASS>(1), &wanted, 28, &needed));
+        GetTokenInformation(token.Full(), static_cast<TOKEN_INFORMATION_CLASS>(2), &wanted, 28, &needed));
     EXPECT_EQ(50U, GetLastError());
     EXPECT_FALSE(GetTokenInformation(token.Full(), TokenPrivileges, &wanted, 27, &needed));
     EXPECT_EQ(122U, GetLastError());

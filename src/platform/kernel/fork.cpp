@@ -6,6 +6,7 @@
 #include "platform/kernel/named_object.h"
 #include "platform/kernel/named_registry.h"
 #include "platform/kernel/object_pool.h"
+#include "platform/kernel/token.h"
 
 #include <pthread.h>
 
@@ -39,6 +40,7 @@ void after_Fork_In_Child()
 {
     Forget_Named_Objects();
     Forget_Process();
+    Forget_Process_Token();
     Forget_Threads();
     Forget_Handles();
     Forget_Objects();

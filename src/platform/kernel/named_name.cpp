@@ -1,5 +1,7 @@
 #include "platform/kernel/named_name.h"
 
+#include "platform/kernel/session.h"
+
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -18,22 +20,6 @@ constexpr DWORD NO_SUCH_PATH = 3;
 constexpr DWORD INVALID_NAME = 123;
 constexpr DWORD NAME_TOO_LONG = 206;
 
-/// The session by the kernel's audit; a process without one counts as a service's, session 0.
-unsigned int read_Session()
-{
-    constexpr unsigned int UNSET = 0xFFFFFFFF;
-    unsigned int nSession = UNSET;
-    if (FILE* const pFile = std::fopen("/proc/self/sessionid", "re"))
-    {
-        if (std::fscanf(pFile, "%u", &nSession) != 1)
-        {
-            nSession = UNSET;
-        }
-        std::fclose(pFile);
-    }
-    return nSession == UNSET ? 0 : nSession;
-}
-
 unsigned long long read_Process_Space()
 {
     struct stat status = {};
@@ -47,7 +33,7 @@ struct Prefixes
     {
         std::snprintf(all, sizeof all, "qnlib.%llu.", read_Process_Space());
         std::snprintf(machine, sizeof machine, "%sg.", all);
-        std::snprintf(session, sizeof session, "%ss%u.", all, read_Session());
+        std::snprintf(session, sizeof session, "%ss%u.", all, Get_Own_Session());
     }
 
     char all[40];

@@ -78,7 +78,7 @@ struct alignas(64) Object
         Wait_Queue queue;
         void (*destroy)(void* record);
     };
-    std::atomic<void*> record; // a thread's record, a named object, or what New_Record was given
+    std::atomic<void*> record; // a thread's state, a named object, or what New_Record was given
 };
 
 static_assert(sizeof(Object) == 64);

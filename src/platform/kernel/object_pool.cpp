@@ -3,6 +3,7 @@
 #include "platform/kernel/handle_table.h"
 #include "platform/kernel/local_state.h"
 #include "platform/kernel/named_object.h"
+#include "platform/kernel/thread_state.h"
 
 #include <utility>
 
@@ -56,6 +57,10 @@ void destroy(Object& object)
     if ((nTraits & TRAIT_NAMED) != 0)
     {
         Release_Reference(*static_cast<Named_Object*>(pRecord));
+    }
+    else if (Get_Kind_Of(nTraits) == Kind::Thread)
+    {
+        delete static_cast<Thread_State*>(pRecord);
     }
     else if (Get_Kind_Of(nTraits) == Kind::Token)
     {

@@ -15,7 +15,8 @@ enum class Lock_Rank : unsigned int
     Names,      // the process's list of named objects
     Dispatcher, // queues of waiting threads
     Records,    // the list of thread records
-    Table       // free slots and free objects
+    Table,      // free slots and free objects
+    Borne_Token // what token a thread bears
 };
 
 class Ranked_Lock

@@ -5,6 +5,7 @@
 #include "platform/kernel/named_object.h"
 #include "platform/kernel/object_pool.h"
 #include "platform/kernel/ranked_lock.h"
+#include "platform/kernel/thread_state.h"
 #include "platform/system_calls.h"
 
 #include <mutex>
@@ -40,7 +41,7 @@ void set_Thread_Object(Thread_Record& self)
     if (self.object != nullptr)
     {
         Object_Reference object(std::exchange(self.object, nullptr));
-        object->record.store(nullptr, std::memory_order_release);
+        Get_Thread_State(*object).End();
         Change_Signal(*object, Signal::Set);
     }
 }
@@ -146,13 +147,11 @@ Object_Reference Get_Thread_Object(Thread_Record& self)
 {
     if (self.object == nullptr)
     {
-        Object_Reference object = New_Object(Get_Traits(Kind::Thread), 0);
-        if (!object)
+        self.object = New_Thread_Object().Detach();
+        if (self.object == nullptr)
         {
-            return object;
+            return {};
         }
-        object->record.store(&self, std::memory_order_release);
-        self.object = object.Detach();
     }
     return Share(*self.object);
 }

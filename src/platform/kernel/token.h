@@ -5,6 +5,7 @@
 #include "platform/kernel/privileges.h"
 
 #include <atomic>
+#include <optional>
 
 // The record behind the handles to a token.
 
@@ -18,17 +19,36 @@ struct Privilege_State
     Privilege_Set enabled; // only those that are held count
 };
 
+/// Whom a token stands for.
+struct Identity
+{
+    DWORD session;
+    DWORD user;
+};
+
 /// Any thread may use it at any time.
 class Token
 {
 public:
-    /// `granted_access` is what may be asked for when the token is opened.
+    /// That of this process. `granted_access` is what may be asked for when the token is opened.
     Token(DWORD granted_access, Privilege_Set held)
         : m_dwGranted_Access(granted_access), m_Held(held), m_Enabled(held & Get_Default_Privileges())
     {
     }
 
+    /// One for threads to bear.
+    Token(DWORD granted_access, const Identity& client)
+        : m_dwGranted_Access(granted_access), m_Client(client), m_Held(Get_Default_Privileges()),
+          m_Enabled(Get_Default_Privileges())
+    {
+    }
+
     DWORD Get_Granted_Access() const { return m_dwGranted_Access; }
+
+    bool Can_Be_Borne() const { return m_Client.has_value(); }
+
+    /// This process as it is now, unless the token is a client's.
+    Identity Get_Identity() const;
 
     Privilege_State Get_Privileges() const;
 
@@ -38,15 +58,27 @@ public:
 
 private:
     const DWORD m_dwGranted_Access;
+    const std::optional<Identity> m_Client;
     std::atomic<Privilege_Set> m_Held;
     std::atomic<Privilege_Set> m_Enabled;
 };
 
-Token& Get_Process_Token();
+/// The token of this process. Empty, last error 8, when memory is short.
+Object_Reference Get_Process_Token();
 
-/// A new handle to a token of the process's own, which outlives it. Null with the last error 5 for an access
-/// that the token does not grant, and 8 or 4.
-HANDLE Open_Token(Token& token, DWORD access);
+/// A new handle to a token. Null with the last error 5 for access that the token does not grant or that is
+/// not in `most`, and 8 or 4 when there is no room.
+HANDLE Open_Token(const Object_Reference& token, DWORD access, DWORD most = ~DWORD{0});
+
+/// A handle with all rights to a new token for threads to bear. Null with the last error 8 or 4 when there is
+/// no room.
+HANDLE New_Client_Token(DWORD granted_access, const Identity& client);
+
+/// What tokens may be opened for by the calling thread: what the token that it bears grants, or anything.
+DWORD Get_Own_Grant();
+
+/// In a forked child: the token is there, and no object stands for it.
+void Forget_Process_Token();
 
 /// The token behind an object that Find_Object found as one.
 inline Token& Get_Token(const Object& object) { return *static_cast<Token*>(Get_Record(object)); }

@@ -5,6 +5,7 @@
 
 #include <bit>
 #include <cstddef>
+#include <cstring>
 
 namespace qn_platform
 {
@@ -128,6 +129,84 @@ bool adjust(Token& token, const Wish& wish, DWORD size, PDWORD needed, Privilege
     }
 }
 
+/// Where information of a token goes.
+struct Target
+{
+    void* block;
+    DWORD size;
+    DWORD& needed;
+
+    bool Has_Room_For(DWORD length) const
+    {
+        needed = length;
+        return block != nullptr && length <= size;
+    }
+};
+
+DWORD tell_Privileges(const Token& token, const Target& target)
+{
+    const Privilege_State state = token.Get_Privileges();
+    if (!target.Has_Room_For(list_Size(state.held)))
+    {
+        return ERROR_INSUFFICIENT_BUFFER;
+    }
+    write_List(state.held, state.enabled, *static_cast<PTOKEN_PRIVILEGES>(target.block));
+    return ERROR_SUCCESS;
+}
+
+DWORD tell_Session(const Token& token, const Target& target)
+{
+    const DWORD session = token.Get_Identity().session;
+    if (!target.Has_Room_For(sizeof session))
+    {
+        return ERROR_BAD_LENGTH;
+    }
+    std::memcpy(target.block, &session, sizeof session);
+    return ERROR_SUCCESS;
+}
+
+/// Users are the sub-authorities of S-1-22-1.
+DWORD tell_User(const Token& token, const Target& target)
+{
+    struct
+    {
+        TOKEN_USER user;
+        BYTE revision;
+        BYTE count;
+        SID_IDENTIFIER_AUTHORITY authority;
+        DWORD sub_authorities[2];
+    } told = {{}, SID_REVISION, 2, {{0, 0, 0, 0, 0, 22}}, {1, token.Get_Identity().user}};
+    if (!target.Has_Room_For(sizeof told))
+    {
+        return ERROR_INSUFFICIENT_BUFFER;
+    }
+    told.user.User.Sid = static_cast<BYTE*>(target.block) + sizeof told.user;
+    std::memcpy(target.block, &told, sizeof told);
+    return ERROR_SUCCESS;
+}
+
+DWORD tell(const Token& token, TOKEN_INFORMATION_CLASS information_class, const Target& target)
+{
+    switch (information_class)
+    {
+    case TokenUser:
+        return tell_User(token, target);
+    case TokenPrivileges:
+        return tell_Privileges(token, target);
+    case TokenSessionId:
+        return tell_Session(token, target);
+    default:
+        return ERROR_NOT_SUPPORTED;
+    }
+}
+
+/// As far as the client lets whom the calling thread works for.
+HANDLE open_Process_Token(DWORD access)
+{
+    const Object_Reference token = Get_Process_Token();
+    return token ? Open_Token(token, access, Get_Own_Grant()) : nullptr;
+}
+
 } // namespace
 
 BOOL OpenProcessToken(HANDLE process, DWORD access, PHANDLE token)
@@ -140,7 +219,7 @@ BOOL OpenProcessToken(HANDLE process, DWORD access, PHANDLE token)
     {
         return fail(ERROR_INVALID_PARAMETER);
     }
-    const HANDLE opened = Open_Token(Get_Process_Token(), access);
+    const HANDLE opened = open_Process_Token(access);
     if (opened == nullptr)
     {
         return FALSE;
@@ -205,22 +284,12 @@ BOOL GetTokenInformation(HANDLE token, TOKEN_INFORMATION_CLASS information_class
     {
         return FALSE;
     }
-    if (information_class != TokenPrivileges)
-    {
-        return fail(ERROR_NOT_SUPPORTED);
-    }
-    if (needed == nullptr)
+    if (needed == nullptr || information_class <= 0 || information_class >= MaxTokenInfoClass)
     {
         return fail(ERROR_INVALID_PARAMETER);
     }
-    const Privilege_State state = Get_Token(*object).Get_Privileges();
-    *needed = list_Size(state.held);
-    if (size < *needed || information == nullptr)
-    {
-        return fail(ERROR_INSUFFICIENT_BUFFER);
-    }
-    write_List(state.held, state.enabled, *static_cast<PTOKEN_PRIVILEGES>(information));
-    return TRUE;
+    const DWORD error = tell(Get_Token(*object), information_class, {information, size, *needed});
+    return error == ERROR_SUCCESS || fail(error);
 }
 
 } // namespace qn_platform
