@@ -1,0 +1,107 @@
+#include "environment/environment.h"
+
+#include "environment/environment_manager.h"
+#include "environment/environment_params.h"
+#include "environment/trace_point.h"
+#include "foundation/lib_result.h"
+
+#include <memory>
+
+namespace
+{
+
+/// Has an environment's lock as long as it lives.
+class Locked
+{
+public:
+    explicit Locked(const Lib_Environment& Environment) : m_Environment(Environment) { Environment.Lock(); }
+    Locked(const Locked&) = delete;
+    Locked& operator=(const Locked&) = delete;
+    ~Locked() { m_Environment.Unlock(); }
+
+private:
+    const Lib_Environment& m_Environment;
+};
+
+} // namespace
+
+Lib_Environment::Lib_Environment(Lib_Environment_Manager* pManager) noexcept : m_pManager(pManager) {}
+
+Lib_Environment::~Lib_Environment()
+{
+    {
+        const Locked locked(*this);
+        if (Get_Usage_Counter() != 0)
+        {
+            Trace([] { LIBT_PRINT_WARNING(L"Usage counter not 0 in ~Lib_Environment"); });
+        }
+        if (Get_User_Data() != nullptr)
+        {
+            Trace([] { LIBT_PRINT_WARNING(L"User data not NULL in ~Lib_Environment"); });
+            m_pUser_Data = nullptr;
+        }
+        delete m_pParams;
+        m_pParams = nullptr;
+    }
+    m_pManager = nullptr;
+}
+
+Lib_Environment& Lib_Environment::operator=(const Lib_Environment& Source) noexcept
+{
+    m_pUser_Data = Source.m_pUser_Data.load();
+    m_pManager = Source.m_pManager;
+    m_pParams = Source.m_pParams;
+    m_dwUsage_Counter = Source.m_dwUsage_Counter.load();
+    return *this;
+}
+
+bool Lib_Environment::Establish(Lib_Result& result)
+{
+    const Locked locked(*this);
+    auto pParams = std::make_unique<Lib_Environment_Params>();
+    delete m_pParams;
+    m_pParams = pParams.release();
+    return m_pParams->Initialize(result);
+}
+
+bool Lib_Environment::Release(Lib_Result&) { return true; }
+
+void Lib_Environment::Set_User_Data(void* pUser_Data)
+{
+    const Locked locked(*this);
+    m_pUser_Data.store(pUser_Data, std::memory_order_release);
+}
+
+void Lib_Environment::Increase_Usage_Counter()
+{
+    const Locked locked(*this);
+    m_dwUsage_Counter.fetch_add(1, std::memory_order_release);
+}
+
+void Lib_Environment::Decrease_Usage_Counter()
+{
+    const Locked locked(*this);
+    const unsigned int nUsers = Get_Usage_Counter();
+    if (nUsers == 0)
+    {
+        Trace([] { LIBT_PRINT_WARNING(L"tried to decrease usage counter from 0 for Lib_Environment"); });
+        return;
+    }
+    m_dwUsage_Counter.store(nUsers - 1, std::memory_order_release);
+}
+
+void Lib_Environment::Lock() const
+{
+    if (m_pManager != nullptr)
+    {
+        m_pManager->Lock();
+    }
+}
+
+void Lib_Environment::Unlock() const
+{
+    if (m_pManager != nullptr)
+    {
+        m_pManager->Unlock();
+    }
+}

@@ -1,0 +1,96 @@
+#include "lib_environment.h"
+#include "lib_foundation.h"
+#include "lib_platform.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+constexpr unsigned int UNKNOWN = 0xFFFFFFFF;
+
+class Params : public Lib_Environment_Params
+{
+public:
+    Params(unsigned int dwSession, unsigned int dwProcess, unsigned int dwThread)
+    {
+        m_dwSession_ID = dwSession;
+        m_dwProcess_ID = dwProcess;
+        m_dwThread_ID = dwThread;
+    }
+    using Lib_Environment_Params::init_IDs;
+};
+
+TEST(Environment_Params, The_Left_Session_Decides_How_They_Are_Compared)
+{
+    struct
+    {
+        Params m_Left;
+        Params m_Right;
+        bool m_bEqual;
+    } const rows[] = {
+        {{3, 10, 20}, {3, 11, 21}, true},
+        {{3, 10, 20}, {4, 10, 20}, false},
+        {{3, 10, 20}, {UNKNOWN, 10, 20}, false},
+        {{UNKNOWN, 10, 20}, {3, 10, 20}, true},
+        {{UNKNOWN, 10, 20}, {UNKNOWN, 10, 20}, true},
+        {{UNKNOWN, 10, 20}, {3, 10, 21}, false},
+        {{UNKNOWN, 10, 20}, {UNKNOWN, 11, 20}, false},
+        {{0, 1, 2}, {0, 3, 4}, true},
+    };
+    for (const auto& row : rows)
+    {
+        SCOPED_TRACE(testing::Message()
+                     << row.m_Left.Get_Session_ID() << " with " << row.m_Right.Get_Session_ID() << ", "
+                     << row.m_Right.Get_Process_ID() << ", " << row.m_Right.Get_Thread_ID());
+        EXPECT_EQ(row.m_bEqual, row.m_Left == row.m_Right);
+        EXPECT_EQ(!row.m_bEqual, row.m_Left != row.m_Right);
+    }
+}
+
+TEST(Environment_Params, Begins_With_Zeros_And_Copies_Everything)
+{
+    const Lib_Environment_Params empty;
+    EXPECT_EQ(0u, empty.Get_Session_ID());
+    EXPECT_EQ(0u, empty.Get_Process_ID());
+    EXPECT_EQ(0u, empty.Get_Thread_ID());
+    EXPECT_TRUE(empty == Lib_Environment_Params());
+
+    Lib_Environment_Params copy;
+    EXPECT_EQ(&copy, &(copy = Params(3, 10, 20)));
+    EXPECT_EQ(3u, copy.Get_Session_ID());
+    EXPECT_EQ(10u, copy.Get_Process_ID());
+    EXPECT_EQ(20u, copy.Get_Thread_ID());
+}
+
+/// The session of the process, as its token tells it.
+unsigned int own_Session()
+{
+    HANDLE hToken = nullptr;
+    EXPECT_TRUE(OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &hToken));
+    DWORD dwSession = UNKNOWN;
+    DWORD dwLength = 0;
+    EXPECT_TRUE(GetTokenInformation(hToken, TokenSessionId, &dwSession, sizeof dwSession, &dwLength));
+    CloseHandle(hToken);
+    return dwSession;
+}
+
+TEST(Environment_Params, A_Thread_That_Impersonates_Nobody_Is_Of_Its_Process)
+{
+    Lib_Result result(1, 2);
+    unsigned int nSession = 77;
+    EXPECT_TRUE(Acquire_Session_ID(nSession, result));
+    EXPECT_EQ(own_Session(), nSession);
+    EXPECT_EQ(Lib_Result(ERROR_NO_TOKEN, 1), result) << "the answer decides, the code stays";
+
+    Params params(1, 2, 3);
+    EXPECT_TRUE(params.Initialize(result));
+    EXPECT_EQ(nSession, params.Get_Session_ID());
+    EXPECT_EQ(GetCurrentProcessId(), params.Get_Process_ID());
+    EXPECT_EQ(GetCurrentThreadId(), params.Get_Thread_ID());
+    Params same(1, 2, 3);
+    EXPECT_TRUE(same.init_IDs(result));
+    EXPECT_EQ(params.Get_Thread_ID(), same.Get_Thread_ID());
+}
+
+} // namespace
