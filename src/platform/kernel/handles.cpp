@@ -129,7 +129,10 @@ HANDLE GetCurrentProcess() { return reinterpret_cast<HANDLE>(~std::uintptr_t{0})
 
 HANDLE GetCurrentThread() { return reinterpret_cast<HANDLE>(~std::uintptr_t{1}); }
 
-DWORD GetCurrentProcessId() { return static_cast<DWORD>(getpid()); }
+DWORD GetCurrentProcessId()
+{
+    return g_pCurrent_Thread != nullptr ? g_pCurrent_Thread->process : static_cast<DWORD>(getpid());
+}
 
 DWORD GetCurrentThreadId()
 {

@@ -113,6 +113,7 @@ Thread_Record* get_Memory()
 void start_Afresh(Thread_Record& record)
 {
     record.id = static_cast<std::uint32_t>(gettid());
+    record.process = static_cast<std::uint32_t>(getpid());
     record.owned_mutexes = nullptr;
     record.owned_named = nullptr;
     record.robust_head = nullptr;

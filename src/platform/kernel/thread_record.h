@@ -18,7 +18,8 @@ struct Object;
 /// The memory is used again for other threads but never given back, so a late wake-up at a bell is harmless.
 struct alignas(64) Thread_Record
 {
-    std::uint32_t id = 0; // the kernel's thread number, which state words of mutexes hold
+    std::uint32_t id = 0;      // the kernel's thread number, which state words of mutexes hold
+    std::uint32_t process = 0; // the kernel's number of its process
     /// Futex word, private to the process: moves on once for each hand-over to this thread.
     std::atomic<std::uint32_t> bell{0};
     Object* owned_mutexes = nullptr;     // local mutexes owned by this thread; touched by it alone
