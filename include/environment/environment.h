@@ -65,6 +65,12 @@ public:
     void Unlock() const;
 
 private:
+    friend class Lib_Environment_Manager;
+
+    // For those who have the lock.
+    void add_User();
+    void take_User();
+
     // Atomic for the getters, which need no lock; changed only by those who have it.
     std::atomic<void*> m_pUser_Data = nullptr;
     Lib_Environment_Manager* m_pManager;

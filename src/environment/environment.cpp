@@ -2,8 +2,8 @@
 
 #include "environment/environment_manager.h"
 #include "environment/environment_params.h"
-#include "environment/trace_point.h"
 #include "foundation/lib_result.h"
+#include "foundation/trace_text.h"
 
 #include <memory>
 
@@ -33,11 +33,11 @@ Lib_Environment::~Lib_Environment()
         const Locked locked(*this);
         if (Get_Usage_Counter() != 0)
         {
-            Trace([] { LIBT_PRINT_WARNING(L"Usage counter not 0 in ~Lib_Environment"); });
+            LIBT_PRINT_WARNING(Trace_Text<L"Usage counter not 0 in ~Lib_Environment">());
         }
         if (Get_User_Data() != nullptr)
         {
-            Trace([] { LIBT_PRINT_WARNING(L"User data not NULL in ~Lib_Environment"); });
+            LIBT_PRINT_WARNING(Trace_Text<L"User data not NULL in ~Lib_Environment">());
             m_pUser_Data = nullptr;
         }
         delete m_pParams;
@@ -75,16 +75,26 @@ void Lib_Environment::Set_User_Data(void* pUser_Data)
 void Lib_Environment::Increase_Usage_Counter()
 {
     const Locked locked(*this);
-    m_dwUsage_Counter.fetch_add(1, std::memory_order_release);
+    add_User();
 }
 
 void Lib_Environment::Decrease_Usage_Counter()
 {
     const Locked locked(*this);
+    take_User();
+}
+
+void Lib_Environment::add_User()
+{
+    m_dwUsage_Counter.store(Get_Usage_Counter() + 1, std::memory_order_release);
+}
+
+void Lib_Environment::take_User()
+{
     const unsigned int nUsers = Get_Usage_Counter();
     if (nUsers == 0)
     {
-        Trace([] { LIBT_PRINT_WARNING(L"tried to decrease usage counter from 0 for Lib_Environment"); });
+        LIBT_PRINT_WARNING(Trace_Text<L"tried to decrease usage counter from 0 for Lib_Environment">());
         return;
     }
     m_dwUsage_Counter.store(nUsers - 1, std::memory_order_release);

@@ -2,8 +2,8 @@
 
 #include "environment/environment.h"
 #include "environment/environment_params.h"
-#include "environment/trace_point.h"
 #include "foundation/lib_result.h"
+#include "foundation/trace_text.h"
 #include "kernel/lib_mutex.h"
 #include "lib_platform.h"
 
@@ -154,7 +154,7 @@ bool Lib_Environment_Manager::Establish_Environment(Lib_Result& result)
     Lib_Environment* pEnvironment = find_Callers(result);
     if (pEnvironment != nullptr)
     {
-        Trace([] { LIBT_PRINT_STRING(L"Environment found. no creation is made"); });
+        LIBT_PRINT_STRING(Trace_Text<L"Environment found. no creation is made">());
     }
     else
     {
@@ -164,14 +164,14 @@ bool Lib_Environment_Manager::Establish_Environment(Lib_Result& result)
     {
         return false;
     }
-    pEnvironment->Increase_Usage_Counter();
+    pEnvironment->add_User();
     return true;
 }
 
 /// For the caller, in the set, without a user; null if that failed.
 Lib_Environment* Lib_Environment_Manager::make_Environment(Lib_Result& result)
 {
-    Trace([] { LIBT_PRINT_STRING(L"CREATING NEW ENVIRONMENT"); });
+    LIBT_PRINT_STRING(Trace_Text<L"CREATING NEW ENVIRONMENT">());
     LIBT_PRINT_THREAD_INFO(false);
     auto pEnvironment = std::make_unique<Lib_Environment>(this);
     if (!pEnvironment->Establish(result) || !fill_Environment(*pEnvironment, result))
@@ -191,7 +191,7 @@ bool Lib_Environment_Manager::fill_Environment(Lib_Environment& Environment, Lib
     void* const pUser_Data = m_pfnCreate_User_Data(&Environment, result);
     if (pUser_Data == nullptr)
     {
-        Trace([] { LIBT_PRINT_ERROR(L"failed to create user data"); });
+        LIBT_PRINT_ERROR(Trace_Text<L"failed to create user data">());
         Lib_Result ignored;
         Environment.Release(ignored);
         return false;
@@ -229,7 +229,7 @@ bool Lib_Environment_Manager::Release_Environment(Lib_Environment* pEnvironment,
         result.Set_Result(ERROR_INVALID_PARAMETER, SOURCE_PLATFORM);
         return false;
     }
-    pEnvironment->Decrease_Usage_Counter();
+    pEnvironment->take_User();
     return check(pEnvironment, result);
 }
 
@@ -246,7 +246,7 @@ bool Lib_Environment_Manager::Check_Environment_And_Release(Lib_Environment* pEn
     }
     if (!contains(pEnvironment))
     {
-        Trace([] { LIBT_PRINT_ERROR(L"tried to release invalid environment"); });
+        LIBT_PRINT_ERROR(Trace_Text<L"tried to release invalid environment">());
         result.Set_Result_Code(CODE_NO_ENVIRONMENT);
         return false;
     }
@@ -259,17 +259,13 @@ bool Lib_Environment_Manager::check(Lib_Environment* pEnvironment, Lib_Result& r
     const unsigned int nUsers = pEnvironment->Get_Usage_Counter();
     if (nUsers != 0)
     {
-        Trace(
-            [nUsers]
-            {
-                LIBT_PRINT_STRING(L"Usage counter not 0 - no release ");
-                LIBT_PRINT_DWORD(L"usage counter is", nUsers);
-            });
+        LIBT_PRINT_STRING(Trace_Text<L"Usage counter not 0 - no release ">());
+        LIBT_PRINT_DWORD(Trace_Text<L"usage counter is">(), nUsers);
         return true;
     }
     if (!is_Ready(*pEnvironment))
     {
-        Trace([] { LIBT_PRINT_WARNING(L"Environment is not ready for release"); });
+        LIBT_PRINT_WARNING(Trace_Text<L"Environment is not ready for release">());
         result.Set_Result(ERROR_BUSY, SOURCE_PLATFORM);
         return true;
     }
@@ -287,7 +283,7 @@ bool Lib_Environment_Manager::is_Ready(const Lib_Environment& Environment) const
 
 bool Lib_Environment_Manager::remove(Lib_Environment* pEnvironment, Lib_Result& result)
 {
-    Trace([] { LIBT_PRINT_STRING(L"removing environment."); });
+    LIBT_PRINT_STRING(Trace_Text<L"removing environment.">());
     LIBT_PRINT_THREAD_INFO(true);
     bool bFreed = false;
     try
@@ -309,7 +305,7 @@ void Lib_Environment_Manager::drop(Lib_Environment* pEnvironment)
     m_pEnvironments->Remove(pEnvironment);
     delete pEnvironment;
     const auto nLeft = static_cast<unsigned int>(m_pEnvironments->Get_Num_Elements());
-    Trace([nLeft] { LIBT_PRINT_DWORD(L"environments left", nLeft); });
+    LIBT_PRINT_DWORD(Trace_Text<L"environments left">(), nLeft);
 }
 
 /// True if there is no callback for it; the user data stays then.
@@ -336,7 +332,7 @@ Lib_Environment* Lib_Environment_Manager::find_Callers(Lib_Result& result) const
     Lib_Environment_Params caller;
     if (!caller.Initialize(result))
     {
-        Trace([] { LIBT_PRINT_ERROR(L"Couldn't init obj params"); });
+        LIBT_PRINT_ERROR(Trace_Text<L"Couldn't init obj params">());
         return nullptr;
     }
     Lib_Environment* const pEnvironment =
