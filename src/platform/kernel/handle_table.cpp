@@ -126,9 +126,9 @@ HANDLE Open_Handle(Object_Reference object, DWORD access, bool inherit)
     return reinterpret_cast<HANDLE>(nValue);
 }
 
-HANDLE New_Handle(const Object_Reference& object, DWORD access, bool inherit)
+HANDLE New_Handle(Object_Reference object, DWORD access, bool inherit)
 {
-    return Open_Handle(Share(*object), access, inherit);
+    return Open_Handle(std::move(object), access, inherit);
 }
 
 bool Close_Handle(HANDLE handle)

@@ -38,7 +38,13 @@ DWORD get_Wanted_Access(const Found& source, DWORD access, DWORD options)
     return kind == Kind::Token && (access & MAXIMUM_ALLOWED) != 0 ? source.access : Map_Access(kind, access);
 }
 
-BOOL duplicate(const Found& source, LPHANDLE target, DWORD access, BOOL inherit, DWORD options)
+/// False, with the last error, for what is no handle to this process that allows duplication.
+bool is_This_Process(HANDLE process)
+{
+    return process == GetCurrentProcess() || Find_Object(process, Kind::Process, PROCESS_DUP_HANDLE);
+}
+
+BOOL duplicate(Found source, LPHANDLE target, DWORD access, BOOL inherit, DWORD options)
 {
     const DWORD dwWanted = get_Wanted_Access(source, access, options);
     if (!can_Be_Granted(Get_Kind(*source.object), dwWanted, source.access))
@@ -49,7 +55,7 @@ BOOL duplicate(const Found& source, LPHANDLE target, DWORD access, BOOL inherit,
     {
         return TRUE;
     }
-    *target = New_Handle(source.object, dwWanted, inherit != 0);
+    *target = New_Handle(std::move(source.object), dwWanted, inherit != 0);
     return *target != nullptr;
 }
 
@@ -61,8 +67,7 @@ BOOL DuplicateHandle(HANDLE source_process, HANDLE source, HANDLE target_process
                      DWORD access, BOOL inherit, DWORD options)
 {
     // There are no handles to other processes.
-    if (!Find_Object(source_process, Kind::Process, PROCESS_DUP_HANDLE) ||
-        !Find_Object(target_process, Kind::Process, PROCESS_DUP_HANDLE))
+    if (!is_This_Process(source_process) || !is_This_Process(target_process))
     {
         return FALSE;
     }
@@ -70,12 +75,12 @@ BOOL DuplicateHandle(HANDLE source_process, HANDLE source, HANDLE target_process
     {
         return Fail(ERROR_INVALID_PARAMETER);
     }
-    const Found found = Find_Any(source);
+    Found found = Find_Any(source);
     if (!found.object)
     {
         return FALSE;
     }
-    const BOOL bDone = duplicate(found, target, access, inherit, options);
+    const BOOL bDone = duplicate(std::move(found), target, access, inherit, options);
     if ((options & DUPLICATE_CLOSE_SOURCE) != 0 && !Is_Pseudo(source))
     {
         const DWORD dwError = GetLastError();

@@ -68,7 +68,7 @@ Object_Reference Find_Object(HANDLE handle, Kind kind, DWORD access);
 Object_Reference New_Record(Kind kind, void* record, void (*destroy)(void* record));
 
 /// A new handle to the object. Null, last error 8 or 4, when there is no room.
-HANDLE New_Handle(const Object_Reference& object, DWORD access, bool inherit);
+HANDLE New_Handle(Object_Reference object, DWORD access, bool inherit);
 
 } // namespace qn_platform::kernel
 

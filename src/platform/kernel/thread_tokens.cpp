@@ -41,12 +41,13 @@ BOOL OpenThreadToken(HANDLE thread, DWORD access, BOOL as_self, PHANDLE token)
     {
         return Fail(ERROR_INVALID_PARAMETER);
     }
-    const Object_Reference borne = Get_Thread_State(*object).Get_Token();
+    Object_Reference borne = Get_Thread_State(*object).Get_Token();
     if (!borne)
     {
         return Fail(ERROR_NO_TOKEN);
     }
-    const HANDLE opened = Open_Token(borne, access, as_self != FALSE ? ~DWORD{0} : Get_Own_Grant());
+    const HANDLE opened =
+        Open_Token(std::move(borne), access, as_self != FALSE ? ~DWORD{0} : Get_Own_Grant());
     if (opened == nullptr)
     {
         return FALSE;

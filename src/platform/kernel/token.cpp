@@ -8,6 +8,7 @@
 #include "platform/tokens.h"
 
 #include <new>
+#include <utility>
 
 #include <unistd.h>
 
@@ -42,10 +43,9 @@ bool Token::Change_Privileges(Privilege_State& before, const Privilege_State& af
     return true;
 }
 
-Identity Token::Get_Identity() const
-{
-    return m_Client.has_value() ? *m_Client : Identity{Get_Own_Session(), ::geteuid()};
-}
+DWORD Token::Get_Session() const { return m_Client.has_value() ? m_Client->session : Get_Own_Session(); }
+
+DWORD Token::Get_User() const { return m_Client.has_value() ? m_Client->user : ::geteuid(); }
 
 Object_Reference Get_Process_Token()
 {
@@ -66,7 +66,7 @@ Object_Reference Get_Process_Token()
     return Share(*pObject);
 }
 
-HANDLE Open_Token(const Object_Reference& token, DWORD access, DWORD most)
+HANDLE Open_Token(Object_Reference token, DWORD access, DWORD most)
 {
     const DWORD granted = Get_Token(*token).Get_Granted_Access() & most;
     const DWORD wanted = Map_Access(Kind::Token, access);
@@ -75,7 +75,7 @@ HANDLE Open_Token(const Object_Reference& token, DWORD access, DWORD most)
         SetLastError(ERROR_ACCESS_DENIED);
         return nullptr;
     }
-    return New_Handle(token, wanted, false);
+    return New_Handle(std::move(token), wanted, false);
 }
 
 HANDLE New_Client_Token(DWORD granted_access, const Identity& client)
@@ -86,9 +86,9 @@ HANDLE New_Client_Token(DWORD granted_access, const Identity& client)
         SetLastError(ERROR_NOT_ENOUGH_MEMORY);
         return nullptr;
     }
-    const Object_Reference object =
+    Object_Reference object =
         New_Record(Kind::Token, token, [](void* record) { delete static_cast<Token*>(record); });
-    return object ? New_Handle(object, TOKEN_ALL_ACCESS, false) : nullptr;
+    return object ? New_Handle(std::move(object), TOKEN_ALL_ACCESS, false) : nullptr;
 }
 
 DWORD Get_Own_Grant()

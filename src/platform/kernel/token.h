@@ -47,8 +47,9 @@ public:
 
     bool Can_Be_Borne() const { return m_Client.has_value(); }
 
-    /// This process as it is now, unless the token is a client's.
-    Identity Get_Identity() const;
+    /// Those of this process, the user being the one that it has now, unless the token is a client's.
+    DWORD Get_Session() const;
+    DWORD Get_User() const;
 
     Privilege_State Get_Privileges() const;
 
@@ -68,7 +69,7 @@ Object_Reference Get_Process_Token();
 
 /// A new handle to a token. Null with the last error 5 for access that the token does not grant or that is
 /// not in `most`, and 8 or 4 when there is no room.
-HANDLE Open_Token(const Object_Reference& token, DWORD access, DWORD most = ~DWORD{0});
+HANDLE Open_Token(Object_Reference token, DWORD access, DWORD most = ~DWORD{0});
 
 /// A handle with all rights to a new token for threads to bear. Null with the last error 8 or 4 when there is
 /// no room.

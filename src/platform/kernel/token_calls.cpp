@@ -6,6 +6,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstring>
+#include <utility>
 
 namespace qn_platform
 {
@@ -156,7 +157,7 @@ DWORD tell_Privileges(const Token& token, const Target& target)
 
 DWORD tell_Session(const Token& token, const Target& target)
 {
-    const DWORD session = token.Get_Identity().session;
+    const DWORD session = token.Get_Session();
     if (!target.Has_Room_For(sizeof session))
     {
         return ERROR_BAD_LENGTH;
@@ -175,7 +176,7 @@ DWORD tell_User(const Token& token, const Target& target)
         BYTE count;
         SID_IDENTIFIER_AUTHORITY authority;
         DWORD sub_authorities[2];
-    } told = {{}, SID_REVISION, 2, {{0, 0, 0, 0, 0, 22}}, {1, token.Get_Identity().user}};
+    } told = {{}, SID_REVISION, 2, {{0, 0, 0, 0, 0, 22}}, {1, token.Get_User()}};
     if (!target.Has_Room_For(sizeof told))
     {
         return ERROR_INSUFFICIENT_BUFFER;
@@ -203,8 +204,8 @@ DWORD tell(const Token& token, TOKEN_INFORMATION_CLASS information_class, const 
 /// As far as the client lets whom the calling thread works for.
 HANDLE open_Process_Token(DWORD access)
 {
-    const Object_Reference token = Get_Process_Token();
-    return token ? Open_Token(token, access, Get_Own_Grant()) : nullptr;
+    Object_Reference token = Get_Process_Token();
+    return token ? Open_Token(std::move(token), access, Get_Own_Grant()) : nullptr;
 }
 
 } // namespace
