@@ -67,9 +67,8 @@ TEST_F(Date_Format, Is_Empty_When_The_Text_Cannot_Be_Made)
     EXPECT_EQ(127u, EVENING.Format(Format.data(), EN_US).Get_Length());
     Format.insert(Format.begin(), L'x');
     EXPECT_TEXT_EQ(L"", EVENING.Format(Format.data(), EN_US));
-    EXPECT_TEXT_EQ(L"", EVENING.Format(L"%Q", EN_US));
-    EXPECT_TEXT_EQ(L"", EVENING.Format(L"x%", EN_US));
-    EXPECT_TEXT_EQ(L"", EVENING.Format(L"", EN_US));
+    for (const wchar_t* pFormat : {L"%Q", L"x%", L"%#", L"%d %#Q", L""})
+        EXPECT_TEXT_EQ(L"", EVENING.Format(pFormat, EN_US));
     EXPECT_TEXT_EQ(L"", EVENING.Format(nullptr, EN_US));
 }
 
