@@ -202,8 +202,7 @@ void add_Set()
 
 void add_Current()
 {
-    Row row("the current time", 0);
-    add_Marks(row);
+    Row row("the current time", 0); // no aim: most of it is the reading of the clock
     row.Add(Row::Ours, [] { return Lib_DateTime::Get_Current(); });
     row.Add("gmtime_r",
             []
