@@ -132,25 +132,31 @@ std::string get_Environment(const char* name)
     return value == nullptr ? std::string() : std::string(value);
 }
 
-/// The user's name for a category by the environment; "C" where that says nothing or names what the host
-/// lacks.
+/// The user's name for a category by the environment; "C" where that says nothing.
 std::string get_User_Name(const Category& category)
 {
     for (const char* variable : {"LC_ALL", category.m_pName, "LANG"})
     {
         const std::string name = get_Environment(variable);
         if (!name.empty())
-            return !is_C_Name(name) && name.size() <= LONGEST_NAME && is_Known(category, name) ? name : "C";
+            return name;
     }
     return "C";
 }
 
-Category_Names get_Category_Names(const std::string& name)
+/// The user's names, with "C" for those that the host lacks. The answer is whether it lacks none.
+bool get_User_Names(Category_Names& names)
 {
-    Category_Names names;
+    bool all = true;
     for (std::size_t index = 0; index < CATEGORIES.size(); ++index)
-        names[index] = name.empty() ? get_User_Name(CATEGORIES[index]) : name;
-    return names;
+    {
+        std::string name = get_User_Name(CATEGORIES[index]);
+        const bool known =
+            is_C_Name(name) || (name.size() <= LONGEST_NAME && is_Known(CATEGORIES[index], name));
+        names[index] = known && !is_C_Name(name) ? std::move(name) : "C";
+        all = all && known;
+    }
+    return all;
 }
 
 /// One name for the whole: the common one, or each category with its own.
@@ -261,6 +267,14 @@ bool get_Host_Name(const wchar_t* name, std::string& host_name)
     return true;
 }
 
+const Runtime_Locale* get_Named_Locale(const Category_Names& names)
+{
+    const std::string joined = join_Names(names);
+    auto text = copy_Name<wchar_t>(joined.data(), joined.size());
+    const Runtime_Locale* locale = find_Locale(text.get());
+    return locale != nullptr ? locale : keep_Locale(open_Locale(names), std::move(text));
+}
+
 const Runtime_Locale* get_Host_Locale(const wchar_t* name)
 {
     std::string host_name;
@@ -268,11 +282,44 @@ const Runtime_Locale* get_Host_Locale(const wchar_t* name)
         return nullptr;
     if (is_C_Name(host_name))
         return &g_C_Locale;
-    const Category_Names names = get_Category_Names(host_name);
-    const std::string joined = join_Names(names);
-    auto text = copy_Name<wchar_t>(joined.data(), joined.size());
-    const Runtime_Locale* locale = find_Locale(text.get());
-    return locale != nullptr ? locale : keep_Locale(open_Locale(names), std::move(text));
+    Category_Names names;
+    names.fill(host_name);
+    return get_Named_Locale(names);
+}
+
+/// All that the environment says of locales.
+std::string get_Environment_Texts()
+{
+    std::string texts = get_Environment("LC_ALL") + '\n' + get_Environment("LANG");
+    for (const Category& category : CATEGORIES)
+        texts += '\n' + get_Environment(category.m_pName);
+    return texts;
+}
+
+/// The user's locale, which is looked for anew when the environment has changed, or had named something that
+/// could not be had: that may have been for want of memory.
+const Runtime_Locale* get_User_Locale()
+{
+    struct Found
+    {
+        std::string m_strEnvironment;
+        const Runtime_Locale* m_pLocale;
+    };
+    static constinit Found* last = nullptr; // for the life of the process
+
+    std::string environment = get_Environment_Texts();
+    if (last != nullptr && last->m_strEnvironment == environment)
+        return last->m_pLocale;
+    Category_Names names;
+    const bool all = get_User_Names(names);
+    const Runtime_Locale* locale = get_Named_Locale(names);
+    if (all && locale != nullptr)
+    {
+        if (last == nullptr)
+            last = new Found{};
+        *last = {std::move(environment), locale};
+    }
+    return locale;
 }
 
 /// A name of the platform's runtime: "German_Germany.1252".
@@ -315,14 +362,20 @@ const Runtime_Locale* get_Platform_Locale(const wchar_t* name)
     return keep_Locale(std::move(locale), std::move(text));
 }
 
-const Runtime_Locale* set_Locale(const wchar_t* name)
+const Runtime_Locale* get_Locale(const wchar_t* name)
 {
-    const std::lock_guard lock(g_Locales_Mutex);
+    if (*name == 0)
+        return get_User_Locale();
     const Runtime_Locale* locale = find_Locale(name);
     if (locale == nullptr)
         locale = get_Host_Locale(name);
-    if (locale == nullptr)
-        locale = get_Platform_Locale(name);
+    return locale != nullptr ? locale : get_Platform_Locale(name);
+}
+
+const Runtime_Locale* set_Locale(const wchar_t* name)
+{
+    const std::lock_guard lock(g_Locales_Mutex);
+    const Runtime_Locale* locale = get_Locale(name);
     if (locale != nullptr)
         g_pRuntime_Locale.store(locale, std::memory_order_release);
     return locale;

@@ -25,7 +25,7 @@ using qn_platform::LOCALE_USER_DEFAULT;
 struct Entry
 {
     LCID m_Locale;
-    const Locale_Record* m_pRecord; ///< null when ICU doesn't map the identifier
+    const Locale_Record* m_pRecord; ///< null for an unknown identifier
     const Entry* m_pNext;
 };
 
@@ -83,14 +83,14 @@ std::string complete(const std::string& id)
                          : id.substr(0, end) + "_" + country + id.substr(end);
 }
 
-/// ICU's identifier for one of the platform; empty for an unknown one. ICU answers the language for a country
-/// that it doesn't know.
+/// ICU's identifier for one of the platform; empty for one that it doesn't map to a locale with data. ICU
+/// answers the language for a country that it doesn't know.
 std::string get_Id(LCID locale)
 {
     char id[LONGEST_ID] = "";
     UErrorCode error = U_ZERO_ERROR;
     uloc_getLocaleForLCID(locale, id, LONGEST_ID, &error);
-    return Is_Good(error) && uloc_getLCID(id) == locale ? complete(id) : std::string();
+    return Is_Good(error) && uloc_getLCID(id) == locale && Has_Data(id) ? complete(id) : std::string();
 }
 
 /// The user's, by the environment; a program of the "C" locale or of one without data writes as en_US.
@@ -108,7 +108,7 @@ std::string find_Id(LCID locale)
     return locale == LOCALE_USER_DEFAULT ? get_Default_Id() : get_Id(locale);
 }
 
-/// Under the mutex. What ICU maps and yet refuses is not kept: it may have been short of something.
+/// Under the mutex. What ICU knows and yet refuses is not kept: it may have been short of something.
 const Locale_Record* make_Entry(LCID locale)
 {
     const std::string id = find_Id(locale);

@@ -99,6 +99,21 @@ std::u16string get_Code_Page(const std::string& id, const std::string& language)
 
 } // namespace
 
+bool Has_Data(const std::string& id)
+{
+    const std::string language = get_Part(uloc_getLanguage, id);
+    const std::string script = get_Script(id);
+    const int count = uloc_countAvailable();
+    for (int index = 0; index < count; ++index)
+    {
+        const std::string_view other = uloc_getAvailable(index);
+        const bool same = other.substr(0, other.find('_')) == language;
+        if (same && get_Script(std::string(other)) == script)
+            return true;
+    }
+    return count == 0; // the list cannot be had; the data may be
+}
+
 Locale_Names Get_Names(const std::string& id)
 {
     const std::string language = get_Part(uloc_getLanguage, id);

@@ -302,7 +302,8 @@ std::string get_Host_Name(const std::string& id)
     return first == std::string::npos ? plain : plain.substr(0, first) + plain.substr(plain.rfind('_'));
 }
 
-/// Whether a format writes in the language of `id`, since ICU has its data.
+/// Whether a format writes in the language of `id`. ICU falls back to the user's when it cannot read its
+/// data.
 bool is_Own(const UDateFormat* format, const std::string& id)
 {
     UErrorCode error = U_ZERO_ERROR;
@@ -338,18 +339,6 @@ const wchar_t* Locale_Record::Keep(const std::u16string& text)
     std::copy(text.begin(), text.end(), kept.get());
     m_Kept.push_back(std::move(kept));
     return m_Kept.back().get();
-}
-
-bool Has_Data(const std::string& id)
-{
-    try
-    {
-        return is_Own(open_Format(id, UDAT_NONE, UDAT_SHORT).get(), id);
-    }
-    catch (const Refused_Call&)
-    {
-        return false;
-    }
 }
 
 std::unique_ptr<Locale_Record> Make_Record(const std::string& id)

@@ -60,11 +60,11 @@ struct Locale_Names
 /// `id` is ICU's, with a country. Throws std::bad_alloc.
 Locale_Names Get_Names(const std::string& id);
 
-/// Whether ICU has data of the locale's language, in its script. For others it answers by the user's default
-/// locale.
+/// Whether ICU lists data of the locale's language in its script. For others it answers by the user's default
+/// locale. Throws std::bad_alloc.
 bool Has_Data(const std::string& id);
 
-/// Null when ICU refuses the locale or has no data of it. Throws std::bad_alloc.
+/// Null when ICU refuses the locale or cannot read its data. Throws std::bad_alloc.
 std::unique_ptr<Locale_Record> Make_Record(const std::string& id);
 
 /// The locale of no country.
