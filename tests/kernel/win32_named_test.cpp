@@ -254,6 +254,42 @@ TEST(Win32_Named, A_Pulse_Releases_One_And_Leaves_Nothing)
     EXPECT_EQ(TIMED_OUT, Try(event));
 }
 
+TEST(Win32_Named, A_Pulse_Leaves_Nothing_For_A_Wait_For_All_That_Misses_Something)
+{
+    const Owned event = make_Event(make_Name("pulse-all"), false, false);
+    const Owned other = make_Event(make_Name("pulse-other"), false, false);
+    const HANDLE both[] = {event, other};
+    std::atomic<DWORD> dwAnswer{0};
+    std::thread sleeper = start_Sleeper([&] { dwAnswer = WaitForMultipleObjects(2, both, TRUE, 300); });
+    EXPECT_TRUE(PulseEvent(event));
+    EXPECT_EQ(TIMED_OUT, Try(event));
+    EXPECT_TRUE(SetEvent(other));
+    sleeper.join();
+    EXPECT_EQ(TIMED_OUT, dwAnswer);
+    EXPECT_EQ(WAIT_OBJECT_0, Try(other));
+}
+
+TEST(Win32_Named, Any_Of_64_Events_Releases_A_Sleeper)
+{
+    std::vector<Owned> events;
+    std::vector<HANDLE> handles;
+    for (unsigned int i = 0; i < MAXIMUM_WAIT_OBJECTS; ++i)
+    {
+        events.push_back(make_Event(make_Name(("many" + std::to_string(i)).c_str()), false, false));
+        handles.push_back(events.back());
+    }
+    for (const DWORD dwPlace : {0u, 60u, 61u, 63u})
+    {
+        std::atomic<DWORD> dwAnswer{0};
+        std::thread sleeper = start_Sleeper(
+            [&] { dwAnswer = WaitForMultipleObjects(MAXIMUM_WAIT_OBJECTS, handles.data(), FALSE, 10000); });
+        EXPECT_TRUE(SetEvent(handles[dwPlace]));
+        sleeper.join();
+        EXPECT_EQ(dwPlace, dwAnswer);
+        EXPECT_EQ(TIMED_OUT, Try(handles[dwPlace]));
+    }
+}
+
 TEST(Win32_Named, Waits_Mix_With_Unnamed_Objects)
 {
     const Owned named = make_Event(make_Name("mixed"), false, false);

@@ -200,7 +200,7 @@ void Claims::give_Back_Event(Named_Page& page)
     Set_Pending(m_Head, page.state_node);
     if (replace_Claim(page.state, m_Self.id, MARK) && (page.state.load(LOOKED) & WAITERS) != 0)
     {
-        Wake_Everybody(page.state);
+        Offer_Signal(page);
     }
     Clear_Pending(m_Head);
 }

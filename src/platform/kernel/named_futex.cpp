@@ -60,19 +60,38 @@ void Wake_Shared(const std::atomic<std::uint32_t>& word, int count)
     call_Futex(word, FUTEX_WAKE, static_cast<std::uint32_t>(count), nullptr, nullptr, 0);
 }
 
-int Change_And_Wake(const std::atomic<std::uint32_t>& sleepers, int count,
-                    std::atomic<std::uint32_t>& changed, Word_Change change, unsigned int operand)
+namespace
+{
+
+/// The call also wakes sleepers of the changed word, where the value before compares as told to one that is
+/// never there; at worst somebody looks in vain, or sleeps on.
+int change_And_Wake(const std::atomic<std::uint32_t>& sleepers, int count,
+                    std::atomic<std::uint32_t>& changed, Word_Change change, unsigned int operand,
+                    unsigned int comparison)
 {
     // What this thread wrote before is seen by whoever finds the kernel's change: said in a way that the
     // compiler, and tools that look for races, understand too.
     changed.fetch_or(0, std::memory_order_acq_rel);
-    // The call can also wake sleepers of the changed word, if that held a certain value before: one that is
-    // never there. At worst somebody looks in vain.
     constexpr std::uint32_t NEVER = 0x800;
-    const std::uint32_t nEncoded = kernel_Operation(change) << 28 |
-                                   static_cast<std::uint32_t>(FUTEX_OP_CMP_EQ) << 24 | operand << 12 | NEVER;
-    return static_cast<int>(call_Futex(sleepers, FUTEX_WAKE_OP, static_cast<std::uint32_t>(count), nullptr,
-                                       plain_Word(changed), nEncoded));
+    const std::uint32_t nEncoded = kernel_Operation(change) << 28 | comparison << 24 | operand << 12 | NEVER;
+    const std::uintptr_t nAlso = WAKE_ALL; // in the place of a time
+    return static_cast<int>(call_Futex(sleepers, FUTEX_WAKE_OP, static_cast<std::uint32_t>(count),
+                                       reinterpret_cast<const timespec*>(nAlso), plain_Word(changed),
+                                       nEncoded));
+}
+
+} // namespace
+
+int Change_And_Wake(const std::atomic<std::uint32_t>& sleepers, int count,
+                    std::atomic<std::uint32_t>& changed, Word_Change change, unsigned int operand)
+{
+    return change_And_Wake(sleepers, count, changed, change, operand, FUTEX_OP_CMP_EQ);
+}
+
+void Change_And_Wake_Both(const std::atomic<std::uint32_t>& sleepers, std::atomic<std::uint32_t>& changed,
+                          Word_Change change, unsigned int operand)
+{
+    change_And_Wake(sleepers, WAKE_ALL, changed, change, operand, FUTEX_OP_CMP_NE);
 }
 
 int Wait_Shared(const std::atomic<std::uint32_t>& word, std::uint32_t expected, const timespec* time)

@@ -33,6 +33,10 @@ enum class Word_Change : unsigned int
 int Change_And_Wake(const std::atomic<std::uint32_t>& sleepers, int count,
                     std::atomic<std::uint32_t>& changed, Word_Change change, unsigned int operand);
 
+/// The same, but wakes all sleepers of both words.
+void Change_And_Wake_Both(const std::atomic<std::uint32_t>& sleepers, std::atomic<std::uint32_t>& changed,
+                          Word_Change change, unsigned int operand);
+
 /// Sleeps while a word holds `expected`; answers 0 or the error number.
 int Wait_Shared(const std::atomic<std::uint32_t>& word, std::uint32_t expected, const timespec* time);
 

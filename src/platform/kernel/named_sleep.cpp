@@ -45,7 +45,7 @@ bool raise_Waiters(Place& place, const Thread_Record& self)
     State_Word& word = get_Word(place);
     if (!place.object->manual_reset)
     {
-        place.seen = Handed_Out(place.object->Page());
+        place.seen = place.object->Page().tickets.load(LOOKED);
     }
     std::uint32_t nState = word.load(LOOKED);
     do
@@ -69,13 +69,16 @@ public:
         m_Words[m_nCount++] = {expected, reinterpret_cast<std::uintptr_t>(&word), flags, 0};
     }
 
+    void Add(const Place& place);
+
     /// The highest index that was woken, or a negative error number.
     int Sleep(const timespec* time) { return Wait_Many(m_Words, m_nCount, time); }
 
     int Get_Last_Index() const { return static_cast<int>(m_nCount) - 1; }
 
 private:
-    static constexpr unsigned int MOST_WORDS = 64 + 3; // a bell and the gate's two behind the objects
+    static constexpr unsigned int MOST_WORDS = 64 + MOST_TAKERS + 3; // behind the objects a bell and the gate
+    static_assert(MOST_WORDS <= FUTEX_WAITV_MAX);
 
     unsigned int m_nCount = 0;
     struct futex_waitv m_Words[MOST_WORDS]; // no values but in the first m_nCount
@@ -83,6 +86,15 @@ private:
 
 constexpr unsigned int SHARED_WORD = 2;        // of 32 bits
 constexpr unsigned int PRIVATE_WORD = 2 | 128; // the same, of this process alone
+
+void Word_List::Add(const Place& place)
+{
+    Add(get_Word(place), place.expected, SHARED_WORD);
+    if (place.takes)
+    {
+        Add(place.object->Page().tickets, place.seen, SHARED_WORD);
+    }
+}
 
 int sleep_On_Words(std::span<Place> places, const std::uint32_t* bell, Thread_Record& self, const Gate* gate,
                    const timespec* time)
@@ -92,7 +104,7 @@ int sleep_On_Words(std::span<Place> places, const std::uint32_t* bell, Thread_Re
     {
         if (place.object != nullptr)
         {
-            words.Add(get_Word(place), place.expected, SHARED_WORD);
+            words.Add(place);
         }
     }
     if (bell != nullptr)
@@ -133,14 +145,22 @@ Place* get_Only_Place(std::span<Place> places)
     return pOnly;
 }
 
-/// A sleep on one word; the death of the sleeper wakes the next one there.
+/// A sleep on one word; the death of the sleeper wakes the next one on the state.
 void sleep_On_One(const Place& place, Thread_Record& self, Deadline& deadline)
 {
+    Named_Page& page = place.object->Page();
     if (brings_Duty(*place.object))
     {
-        Set_Pending(Get_Robust_Head(self), place.object->Page().state_node);
+        Set_Pending(Get_Robust_Head(self), page.state_node);
     }
-    Wait_Shared(get_Word(place), place.expected, deadline.Get_Time());
+    if (place.takes)
+    {
+        Wait_Shared(page.tickets, place.seen, deadline.Get_Time());
+    }
+    else
+    {
+        Wait_Shared(get_Word(place), place.expected, deadline.Get_Time());
+    }
 }
 
 timespec add_Milliseconds(timespec time, long milliseconds)
@@ -204,9 +224,10 @@ Awake sleep_Without_Many(std::span<Place> places, const std::uint32_t* bell, Thr
 
 } // namespace
 
-void Begin_Place(Place& place, Named_Object& object)
+void Begin_Place(Place& place, Named_Object& object, bool takes)
 {
     place.object = &object;
+    place.takes = takes && !object.manual_reset && !object.Is_Mutex();
     place.seen = object.manual_reset ? object.Page().manual_state.load(LOOKED) : 0;
 }
 
@@ -243,6 +264,37 @@ Awake Sleep_On(std::span<Place> places, const std::uint32_t* bell, Thread_Record
 
 void End_Duties(Thread_Record& self) { Clear_Pending(Get_Robust_Head(self)); }
 
+namespace
+{
+
+/// Only those have a right to a ticket who were asleep when it was handed out.
+bool may_Have_Ticket(const Place& place, Awake awake)
+{
+    return place.takes && awake == Awake::Perhaps_Woken &&
+           Handed_Out(place.object->Page().tickets.load(LOOKED)) != Handed_Out(place.seen);
+}
+
+/// A free mutex, or an event that is set, on which somebody may sleep.
+void pass_On_State(const Named_Object& object)
+{
+    Named_Page& page = object.Page();
+    const std::uint32_t nState = page.state.load(LOOKED);
+    if ((nState & WAITERS) == 0)
+    {
+        return;
+    }
+    if (!object.Is_Mutex() && Has_Signal(nState))
+    {
+        Offer_Signal(page);
+    }
+    else if (object.Is_Mutex() && Has_No_Owner(nState))
+    {
+        Wake_Everybody(page.state);
+    }
+}
+
+} // namespace
+
 bool Take_Event(Place& place, Awake awake)
 {
     Named_Page& page = place.object->Page();
@@ -250,9 +302,7 @@ bool Take_Event(Place& place, Awake awake)
     {
         return Is_Released(page.manual_state.load(LOOKED), place.seen);
     }
-    // Only those have a right to a ticket who were asleep when it was handed out.
-    const bool bMay_Have_Ticket = awake == Awake::Perhaps_Woken && Handed_Out(page) != place.seen;
-    return (bMay_Have_Ticket && Take_Ticket(page)) || Take_Signal(page);
+    return (may_Have_Ticket(place, awake) && Take_Ticket(page)) || Take_Signal(page);
 }
 
 void Pass_On(Place& place, Awake awake)
@@ -261,17 +311,13 @@ void Pass_On(Place& place, Awake awake)
     {
         return;
     }
-    Named_Page& page = place.object->Page();
-    if (!place.object->Is_Mutex() && Handed_Out(page) != place.seen && Take_Ticket(page))
+    if (may_Have_Ticket(place, awake) && Take_Ticket(place.object->Page()))
     {
-        Leave_Signal(page);
-        return;
+        Leave_Signal(place.object->Page());
     }
-    const std::uint32_t nState = page.state.load(LOOKED);
-    const bool bFree = place.object->Is_Mutex() ? Has_No_Owner(nState) : Has_Signal(nState);
-    if (bFree && (nState & WAITERS) != 0)
+    else
     {
-        Wake_Everybody(page.state);
+        pass_On_State(*place.object);
     }
 }
 

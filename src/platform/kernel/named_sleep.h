@@ -15,13 +15,17 @@ namespace qn_platform::kernel
 /// One named object of a wait.
 struct Place
 {
-    Named_Object* object; // null: a place that is left out
-    std::uint32_t seen;   // event that stays set: its state when the wait came; otherwise signals handed out
-                          // before the last sleep
-    std::uint32_t expected; // what the word holds while the thread sleeps
+    Named_Object* object;   // null: a place that is left out
+    bool takes;             // of an event that resets itself: whether a signal can be handed to this thread
+    std::uint32_t seen;     // event that stays set: its state when the wait came; event that resets itself:
+                            // its tickets before the last sleep
+    std::uint32_t expected; // what the state word holds while the thread sleeps
 };
 
-void Begin_Place(Place& place, Named_Object& object);
+/// As many places of a wait can take what is handed over: each of them sleeps on two words.
+inline constexpr std::size_t MOST_TAKERS = 61;
+
+void Begin_Place(Place& place, Named_Object& object, bool takes);
 
 /// Whether the object could be had now, without having slept on it.
 bool Looks_Available(const Place& place, const Thread_Record& self);

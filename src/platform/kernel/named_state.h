@@ -23,8 +23,14 @@ inline constexpr std::uint32_t OWNER_MASK = 0x3FFFFFFF; // the thread that owns 
 inline constexpr unsigned int WAITERS_BIT = 31;
 inline constexpr unsigned int MARK_BIT = 30;
 
+// The word of tickets: how many were taken and, above, how many handed out, both around and around; the rest
+// moves on with each offer of a signal to everybody. A count that runs over moves that on, too.
+inline constexpr std::uint32_t TICKETS_MASK = 0xFFF;
+inline constexpr unsigned int HANDED_OUT_BIT = 12;
+inline constexpr unsigned int OFFERS_BIT = 24;
+
 inline constexpr std::uint64_t PAGE_MAGIC = 0x6A624F626C4E5171;
-inline constexpr std::uint32_t PAGE_VERSION = 1;
+inline constexpr std::uint32_t PAGE_VERSION = 2;
 inline constexpr std::size_t NAMED_PAGE_SIZE = 4096;
 
 /// The mapping of one object. Only numbers are shared; what is used as a pointer lies in the private page.
@@ -39,7 +45,7 @@ struct Named_Page
     wchar_t name[MOST_NAME_UNITS];
 
     alignas(64) State_Word manual_state; // of an event that stays set: odd is set; a count of its changes
-    alignas(64) State_Word tickets;      // of an event that resets itself: handed out, taken (16 bits each)
+    alignas(64) State_Word tickets;      // of an event that resets itself: the signals handed to sleepers
     char unused[3428];
     State_Word state; // of a mutex, or of an event that resets itself
     char unused2[12];

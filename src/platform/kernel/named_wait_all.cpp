@@ -89,6 +89,10 @@ Taken All_Wait::Run()
             }
             break;
         case Outcome::Overtaken:
+            if (m_Deadline.Has_Passed())
+            {
+                return {};
+            }
             sched_yield();
             break;
         }
@@ -99,7 +103,7 @@ Taken All_Wait::Run()
 Place make_Place(Named_Object& object)
 {
     Place place;
-    Begin_Place(place, object);
+    Begin_Place(place, object, false);
     return place;
 }
 
@@ -115,7 +119,8 @@ Named_Object* All_Wait::find_Missing_Named() const
     return nullptr;
 }
 
-/// What the sleep brought is passed on at once: everybody is woken then, and all compete for it.
+/// What the sleep brought is passed on at once, for nothing is taken yet: everybody is woken then, and all
+/// compete for it.
 void All_Wait::sleep_On_Named(Named_Object& object)
 {
     Place place = make_Place(object);

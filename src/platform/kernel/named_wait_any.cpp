@@ -48,7 +48,7 @@ Any_Wait::Any_Wait(std::span<Object* const> objects, Thread_Record& self, Deadli
         m_Places[i].object = nullptr;
         if (pNamed != nullptr)
         {
-            Begin_Place(m_Places[i], *pNamed);
+            Begin_Place(m_Places[i], *pNamed, i < MOST_TAKERS);
         }
     }
 }

@@ -92,9 +92,9 @@ bool Take_Signal(Named_Page& page)
 bool Take_Ticket(Named_Page& page)
 {
     std::uint32_t nTickets = page.tickets.load(LOOKED);
-    while (((nTickets >> 16) & 0xFFFF) != (nTickets & 0xFFFF))
+    while (Handed_Out(nTickets) != (nTickets & TICKETS_MASK))
     {
-        const std::uint32_t nNext = (nTickets & 0xFFFF0000) | ((nTickets + 1) & 0xFFFF);
+        const std::uint32_t nNext = (nTickets & ~TICKETS_MASK) | ((nTickets + 1) & TICKETS_MASK);
         if (page.tickets.compare_exchange_weak(nTickets, nNext, CHANGED, LOOKED))
         {
             return true;
@@ -103,19 +103,37 @@ bool Take_Ticket(Named_Page& page)
     return false;
 }
 
+namespace
+{
+
+/// Who can sleep on one word only sleeps on the tickets. Where he looked at the state before it changed, and
+/// is about to sleep, he finds that they moved on.
+void stop_Who_Is_About_To_Sleep(Named_Page& page)
+{
+    Change_And_Wake(page.tickets, WAKE_ALL, page.tickets, Word_Change::Add_Bit, OFFERS_BIT);
+}
+
+} // namespace
+
 void Leave_Signal(Named_Page& page)
 {
-    Change_And_Wake(page.state, WAKE_ALL, page.state, Word_Change::Set_To_Bit, MARK_BIT);
+    Change_And_Wake_Both(page.tickets, page.state, Word_Change::Set_To_Bit, MARK_BIT);
+    stop_Who_Is_About_To_Sleep(page);
+}
+
+void Offer_Signal(Named_Page& page)
+{
+    Change_And_Wake_Both(page.tickets, page.state, Word_Change::Clear_Bit, WAITERS_BIT);
+    stop_Who_Is_About_To_Sleep(page);
 }
 
 namespace
 {
 
-/// Gives a signal to a sleeper. False when nobody sleeps.
+/// Gives a signal to a sleeper who would take it. False when there is none.
 bool hand_Over(Named_Page& page)
 {
-    constexpr unsigned int HANDED_OUT_BIT = 16;
-    const int nWoken = Change_And_Wake(page.state, 1, page.tickets, Word_Change::Add_Bit, HANDED_OUT_BIT);
+    const int nWoken = Change_And_Wake(page.tickets, 1, page.tickets, Word_Change::Add_Bit, HANDED_OUT_BIT);
     // A ticket that is not there any more was taken by somebody who woke for another reason.
     return nWoken != 0 || !Take_Ticket(page);
 }

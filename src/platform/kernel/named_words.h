@@ -24,11 +24,8 @@ inline bool Is_Released(std::uint32_t manual_state, std::uint32_t seen)
 
 // ---- Events that reset themselves ------------------------------------------------------------------------
 
-/// The number of signals handed out so far, modulo 0x10000.
-inline std::uint32_t Handed_Out(const Named_Page& page)
-{
-    return page.tickets.load(std::memory_order_acquire) >> 16;
-}
+/// The number of signals handed out so far, as far as it is counted.
+inline std::uint32_t Handed_Out(std::uint32_t tickets) { return (tickets >> HANDED_OUT_BIT) & TICKETS_MASK; }
 
 /// Takes the signal if it is there.
 bool Take_Signal(Named_Page& page);
@@ -38,6 +35,9 @@ bool Take_Ticket(Named_Page& page);
 
 /// Makes the event set for whoever comes first.
 void Leave_Signal(Named_Page& page);
+
+/// Wakes all who sleep on the event, which is set.
+void Offer_Signal(Named_Page& page);
 
 // ---- Mutexes ---------------------------------------------------------------------------------------------
 
