@@ -3,7 +3,7 @@
 #include "platform/kernel/creation.h"
 #include "platform/kernel/local_state.h"
 #include "platform/kernel/named_object.h"
-#include "platform/kernel/object_pool.h"
+#include "platform/kernel/named_use.h"
 #include "platform/modules.h"
 
 namespace qn_platform
@@ -27,15 +27,19 @@ void change_Named(Named_Object& event, Signal signal, Thread_Record& self)
     }
 }
 
-[[gnu::noinline]] BOOL change_Named(Look look, Signal signal)
+BOOL change_Named(Look look, Signal signal)
 {
     Thread_Record* const pSelf = Current_Thread();
-    const Object_Reference object = Get_Reference(look);
-    if (pSelf == nullptr || !object)
+    if (pSelf == nullptr)
     {
-        return Fail(pSelf == nullptr ? ERROR_NOT_ENOUGH_MEMORY : ERROR_INVALID_HANDLE);
+        return Fail(ERROR_NOT_ENOUGH_MEMORY);
     }
-    change_Named(*Get_Named(*object), signal, *pSelf);
+    const Named_Use use(look, *pSelf);
+    if (!use)
+    {
+        return Fail(ERROR_INVALID_HANDLE);
+    }
+    change_Named(*use, signal, *pSelf);
     return TRUE;
 }
 

@@ -2,7 +2,7 @@
 #include "platform/kernel/creation.h"
 #include "platform/kernel/local_state.h"
 #include "platform/kernel/named_object.h"
-#include "platform/kernel/object_pool.h"
+#include "platform/kernel/named_use.h"
 #include "platform/modules.h"
 
 namespace qn_platform
@@ -13,15 +13,18 @@ using namespace kernel;
 namespace
 {
 
-[[gnu::noinline]] DWORD release_Named(Look look, Thread_Record* self)
+DWORD release_Named(Look look, Thread_Record* self)
 {
-    const Object_Reference object = Get_Reference(look);
-    if (!object)
+    if (self == nullptr)
+    {
+        return ERROR_NOT_OWNER;
+    }
+    const Named_Use use(look, *self);
+    if (!use)
     {
         return ERROR_INVALID_HANDLE;
     }
-    const bool bReleased = self != nullptr && Release_Named_Mutex(*Get_Named(*object), *self);
-    return bReleased ? ERROR_SUCCESS : ERROR_NOT_OWNER;
+    return Release_Named_Mutex(*use, *self) ? ERROR_SUCCESS : ERROR_NOT_OWNER;
 }
 
 /// What was not released quickly.

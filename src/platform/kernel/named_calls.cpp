@@ -27,10 +27,12 @@ long call_Futex_Waitv(struct futex_waitv* words, unsigned int count, const times
     return ::syscall(CALL_NUMBER, words, count, 0U, time, CLOCK_MONOTONIC);
 }
 
+int call_Barrier(int command) { return static_cast<int>(::syscall(SYS_membarrier, command, 0U, 0)); }
+
 } // namespace
 
-constinit Named_Calls named_calls{open_File,   ::close,   ::fstat,    ::fchmod,         ::fallocate,
-                                  ::ftruncate, lock_File, ::linkat,   ::unlink,         ::mmap,
-                                  ::munmap,    ::madvise, call_Futex, call_Futex_Waitv, true};
+constinit Named_Calls named_calls{
+    open_File, ::close, ::fstat,  ::fchmod,  ::fallocate, ::ftruncate,      lock_File,    ::linkat,
+    ::unlink,  ::mmap,  ::munmap, ::madvise, call_Futex,  call_Futex_Waitv, call_Barrier, true};
 
 } // namespace qn_platform::kernel

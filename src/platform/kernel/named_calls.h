@@ -36,6 +36,8 @@ struct Named_Calls
                   std::uint32_t* word2, std::uint32_t value3);
     long (*futex_waitv)(futex_waitv* words, unsigned int count, const timespec* time);
 
+    int (*barrier)(int command);
+
     bool use_gate; // false: waiters neither sleep at the gate nor leave word there
 };
 

@@ -2,6 +2,7 @@
 
 #include "platform/kernel/named_file.h"
 #include "platform/kernel/named_sweep.h"
+#include "platform/kernel/named_use.h"
 #include "platform/kernel/named_words.h"
 #include "platform/kernel/ranked_lock.h"
 
@@ -155,6 +156,7 @@ Named_Answer make_Or_Open(const Named_Request& request, bool create, Thread_Reco
     {
         return {nullptr, NOT_SUPPORTED};
     }
+    Prepare_Uses();
     const std::lock_guard lock(g_Names_Lock);
     if (Named_Object* const pKnown = *find_Link(name))
     {

@@ -2,6 +2,7 @@
 #include "platform/kernel/named_sleep.h"
 #include "platform/kernel/named_wait.h"
 #include "platform/kernel/named_words.h"
+#include "platform/kernel/page_guard.h"
 #include "platform/modules.h"
 
 #include <algorithm>
@@ -149,6 +150,12 @@ bool counts_No_Further(const Object& object, const Thread_Record& self)
            pNamed->recursion >= MOST_RECURSION;
 }
 
+bool is_Exposed(const Object* object)
+{
+    const Named_Object* const pNamed = Get_Named(*object);
+    return pNamed != nullptr && pNamed->exposed;
+}
+
 } // namespace
 
 DWORD Wait_With_Named(std::span<Object* const> objects, bool all, Deadline& deadline, Thread_Record& self)
@@ -158,6 +165,10 @@ DWORD Wait_With_Named(std::span<Object* const> objects, bool all, Deadline& dead
     {
         SetLastError(ERROR_TOO_MANY_POSTS);
         return WAIT_FAILED;
+    }
+    if (std::any_of(objects.begin(), objects.end(), is_Exposed))
+    {
+        Let_Faults_Through(self);
     }
     const Taken taken =
         all ? Wait_For_All_Named(objects, self, deadline) : Wait_For_Any_Named(objects, self, deadline);

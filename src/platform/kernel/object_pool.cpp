@@ -3,6 +3,7 @@
 #include "platform/kernel/handle_table.h"
 #include "platform/kernel/local_state.h"
 #include "platform/kernel/named_object.h"
+#include "platform/kernel/named_use.h"
 #include "platform/kernel/thread_state.h"
 
 #include <utility>
@@ -56,6 +57,11 @@ void destroy(Object& object)
     void* const pRecord = object.record.load(std::memory_order_relaxed);
     if ((nTraits & TRAIT_NAMED) != 0)
     {
+        move_On(object);
+        if (!Wait_For_Uses(object))
+        {
+            return; // a signal's handler closes what its own thread works with: the object stays for good
+        }
         Release_Reference(*static_cast<Named_Object*>(pRecord));
     }
     else if (Get_Kind_Of(nTraits) == Kind::Thread)

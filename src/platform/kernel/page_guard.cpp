@@ -69,6 +69,18 @@ bool install()
 
 } // namespace
 
-void Guard_Pages() { [[maybe_unused]] static const bool bInstalled = install(); }
+void Guard_Pages()
+{
+    [[maybe_unused]] static const bool bInstalled = install();
+    Unblock_Faults();
+}
+
+void Unblock_Faults()
+{
+    sigset_t faults;
+    sigemptyset(&faults);
+    sigaddset(&faults, SIGBUS);
+    pthread_sigmask(SIG_UNBLOCK, &faults, nullptr);
+}
 
 } // namespace qn_platform::kernel

@@ -26,7 +26,7 @@ namespace
 
 // Guarded by the lock of the records.
 constinit Thread_Record* g_pFree = nullptr;
-constinit Thread_Record* g_pAll = nullptr;
+constinit std::atomic<Thread_Record*> g_pAll{nullptr}; // only where it is changed
 
 void abandon_Mutexes(Thread_Record& self)
 {
@@ -105,7 +105,8 @@ Thread_Record* get_Memory()
         return nullptr;
     }
     Thread_Record* const pRecord = new (pMemory) Thread_Record;
-    pRecord->next = std::exchange(g_pAll, pRecord);
+    pRecord->next = g_pAll.load(std::memory_order_relaxed);
+    g_pAll.store(pRecord, std::memory_order_release);
     return pRecord;
 }
 
@@ -118,6 +119,8 @@ void start_Afresh(Thread_Record& record)
     record.owned_named = nullptr;
     record.robust_head = nullptr;
     record.object = nullptr;
+    record.in_use.store(nullptr, std::memory_order_relaxed);
+    record.hears_faults = false;
     record.end_rounds = 0;
 }
 
@@ -144,6 +147,8 @@ Thread_Record* Make_Thread_Record()
     return pRecord;
 }
 
+const Thread_Record* First_Thread_Record() { return g_pAll.load(std::memory_order_acquire); }
+
 Object_Reference Get_Thread_Object(Thread_Record& self)
 {
     if (self.object == nullptr)
@@ -165,8 +170,10 @@ void Forget_Threads()
         g_pCurrent_Thread = nullptr;
     }
     g_pFree = nullptr;
-    for (Thread_Record* pRecord = g_pAll; pRecord != nullptr; pRecord = pRecord->next)
+    for (Thread_Record* pRecord = g_pAll.load(std::memory_order_relaxed); pRecord != nullptr;
+         pRecord = pRecord->next)
     {
+        pRecord->in_use.store(nullptr, std::memory_order_relaxed);
         pRecord->next_free = std::exchange(g_pFree, pRecord);
     }
 }

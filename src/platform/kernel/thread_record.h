@@ -26,6 +26,8 @@ struct alignas(64) Thread_Record
     Named_Object* owned_named = nullptr; // named mutexes owned by this thread; touched by it alone
     void* robust_head = nullptr; // the thread's robust list head in the C library, found at first need
     Object* object = nullptr;    // what handles to this thread stand for, with a reference; null until asked
+    std::atomic<const Object*> in_use{nullptr}; // what the thread works with just now (named_use.h)
+    bool hears_faults = false;                  // SIGBUS is not blocked in it (page_guard.h)
     unsigned int end_rounds = 0; // rounds of destructors that the ending thread has been through
     Thread_Record* next_free = nullptr;
     Thread_Record* next = nullptr; // all records ever made
@@ -41,6 +43,9 @@ inline Thread_Record* Current_Thread()
     Thread_Record* const pRecord = g_pCurrent_Thread;
     return pRecord != nullptr ? pRecord : Make_Thread_Record();
 }
+
+/// All records ever made, by their field `next`.
+const Thread_Record* First_Thread_Record();
 
 /// The object that stands for the calling thread. Empty, last error 8, when memory is short.
 Object_Reference Get_Thread_Object(Thread_Record& self);

@@ -3,6 +3,7 @@
 #include "platform/kernel/local_objects.h"
 #include "platform/kernel/local_state.h"
 #include "platform/kernel/named_object.h"
+#include "platform/kernel/named_use.h"
 #include "platform/kernel/object_pool.h"
 #include "platform/modules.h"
 
@@ -148,13 +149,13 @@ struct Quick_Answer
 /// A local object that its handle lets be waited for; no handle to a token has that right.
 inline bool is_Local_Waitable(Look look) { return (look.grant & (SYNCHRONIZE | TRAIT_NAMED)) == SYNCHRONIZE; }
 
-[[gnu::noinline]] Took take_Named(Look look, Thread_Record& self)
+Took take_Named(Look look, Thread_Record& self)
 {
-    const Object_Reference object = Get_Reference(look);
+    const Named_Use use(look, self);
     bool bAbandoned = false;
-    if (!object || !Try_Take_Named(*Get_Named(*object), self, bAbandoned))
+    if (!use || !Try_Take_Named(*use, self, bAbandoned))
     {
-        return object ? Took::Nothing : Took::Stale;
+        return use ? Took::Nothing : Took::Stale;
     }
     return bAbandoned ? Took::Abandoned : Took::Plain;
 }
