@@ -259,7 +259,14 @@ TEST_F(Named_Users, A_Stranger_Who_Truncates_Or_Holds_The_Door_Stops_Nobody)
     Handle mutex = Public_Mutex(strName + "m");
     const Handle other = Mutex(strName + "other");
     EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(mutex, 0));
-    std::thread waiter([&] { EXPECT_EQ(TIMED_OUT, WaitForSingleObject(event, 300)); });
+    std::thread waiter(
+        [&]
+        {
+            sigset_t all;
+            sigfillset(&all);
+            pthread_sigmask(SIG_BLOCK, &all, nullptr);
+            EXPECT_EQ(TIMED_OUT, WaitForSingleObject(event, 300));
+        });
     usleep(50000);
     for (const std::string& strFile : Find_Files(strName))
     {
