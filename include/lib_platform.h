@@ -22,6 +22,7 @@
 
 #include <locale.h>
 #include <oleauto.h>
+#include <process.h>
 #include <stdio.h>
 #include <time.h>
 #include <wchar.h>
@@ -41,6 +42,7 @@
 #include "platform/security.h"
 #include "platform/sessions.h"
 #include "platform/text.h"
+#include "platform/threads.h"
 #include "platform/time.h"
 #include "platform/tokens.h"
 #include "platform/types.h"

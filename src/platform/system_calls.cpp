@@ -22,8 +22,8 @@ int get_Capabilities(void* header, void* data)
 
 } // namespace
 
-constinit System_Calls system_calls{::readlink, ::realpath, ::access,   ::dlopen,           ::dlsym,
-                                    ::dlclose,  ::mmap,     ::mprotect, std::aligned_alloc, get_Capabilities,
-                                    ::getrandom};
+constinit System_Calls system_calls{
+    ::readlink, ::realpath, ::access,           ::dlopen,         ::dlsym,          ::dlclose,
+    ::mmap,     ::mprotect, std::aligned_alloc, get_Capabilities, ::pthread_create, ::getrandom};
 
 } // namespace qn_platform

@@ -1,6 +1,7 @@
 #ifndef QNLIB_SRC_PLATFORM_SYSTEM_CALLS_H
 #define QNLIB_SRC_PLATFORM_SYSTEM_CALLS_H
 
+#include <pthread.h>
 #include <sys/types.h>
 
 #include <cstddef>
@@ -24,6 +25,8 @@ struct System_Calls
     int (*protect_memory)(void* address, std::size_t size, int protection);
     void* (*allocate_aligned)(std::size_t alignment, std::size_t size);
     int (*get_capabilities)(void* header, void* data);
+    int (*create_thread)(pthread_t* thread, const pthread_attr_t* attributes, void* (*start)(void*),
+                         void* argument);
     ssize_t (*get_random)(void* bytes, std::size_t size, unsigned int flags);
 };
 

@@ -66,7 +66,7 @@ void destroy(Object& object)
     }
     else if (Get_Kind_Of(nTraits) == Kind::Thread)
     {
-        delete static_cast<Thread_State*>(pRecord);
+        Thread_State::Dispose(static_cast<Thread_State*>(pRecord));
     }
     else if (Get_Kind_Of(nTraits) == Kind::Token)
     {

@@ -12,11 +12,11 @@ namespace qn_platform::kernel
 /// A lock is taken only while locks of lower ranks are held.
 enum class Lock_Rank : unsigned int
 {
-    Names,      // the process's list of named objects
-    Dispatcher, // queues of waiting threads
-    Records,    // the list of thread records
-    Table,      // free slots and free objects
-    Borne_Token // what token a thread bears
+    Names,       // the process's list of named objects
+    Dispatcher,  // queues of waiting threads
+    Records,     // the list of thread records
+    Table,       // free slots and free objects
+    Thread_State // the state of one thread
 };
 
 class Ranked_Lock

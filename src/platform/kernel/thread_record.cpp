@@ -41,7 +41,7 @@ void set_Thread_Object(Thread_Record& self)
     if (self.object != nullptr)
     {
         Object_Reference object(std::exchange(self.object, nullptr));
-        Get_Thread_State(*object).End();
+        Get_Thread_State(*object).End(self.exit_code);
         Change_Signal(*object, Signal::Set);
     }
 }
@@ -121,18 +121,37 @@ void start_Afresh(Thread_Record& record)
     record.object = nullptr;
     record.in_use.store(nullptr, std::memory_order_relaxed);
     record.hears_faults = false;
+    record.exit_code = 0;
     record.end_rounds = 0;
 }
 
 } // namespace
 
+Thread_Record* Reserve_Thread_Record()
+{
+    return Watch_Forks() && get_Key() != PTHREAD_KEYS_MAX ? get_Memory() : nullptr;
+}
+
+void Adopt_Thread_Record(Thread_Record& record)
+{
+    start_Afresh(record);
+    pthread_setspecific(get_Key(), &record);
+    g_pCurrent_Thread = &record;
+}
+
+void End_Unwatched_Thread(Thread_Record& record)
+{
+    if (g_pCurrent_Thread == &record && pthread_getspecific(get_Key()) == nullptr)
+    {
+        end_Thread(record);
+    }
+}
+
+void Give_Back_Thread_Record(Thread_Record& record) { give_Back(record); }
+
 Thread_Record* Make_Thread_Record()
 {
-    if (!Watch_Forks() || get_Key() == PTHREAD_KEYS_MAX)
-    {
-        return nullptr;
-    }
-    Thread_Record* const pRecord = get_Memory();
+    Thread_Record* const pRecord = Reserve_Thread_Record();
     if (pRecord == nullptr)
     {
         return nullptr;
@@ -153,7 +172,7 @@ Object_Reference Get_Thread_Object(Thread_Record& self)
 {
     if (self.object == nullptr)
     {
-        self.object = New_Thread_Object().Detach();
+        self.object = New_Thread_Object(self.id).Detach();
         if (self.object == nullptr)
         {
             return {};

@@ -28,6 +28,7 @@ struct alignas(64) Thread_Record
     Object* object = nullptr;    // what handles to this thread stand for, with a reference; null until asked
     std::atomic<const Object*> in_use{nullptr}; // what the thread works with just now (named_use.h)
     bool hears_faults = false;                  // SIGBUS is not blocked in it (page_guard.h)
+    std::uint32_t exit_code = 0;
     unsigned int end_rounds = 0; // rounds of destructors that the ending thread has been through
     Thread_Record* next_free = nullptr;
     Thread_Record* next = nullptr; // all records ever made
@@ -46,6 +47,16 @@ inline Thread_Record* Current_Thread()
 
 /// All records ever made, by their field `next`.
 const Thread_Record* First_Thread_Record();
+
+/// A record for a thread that is to be made; null if memory is short. The thread adopts it as the first thing
+/// that it does, or if there is no thread it is given back.
+Thread_Record* Reserve_Thread_Record();
+void Adopt_Thread_Record(Thread_Record& record);
+void Give_Back_Thread_Record(Thread_Record& record);
+
+/// At the end of a thread's own work: ends its record if nothing else will, since memory for that was short
+/// when it was adopted.
+void End_Unwatched_Thread(Thread_Record& record);
 
 /// The object that stands for the calling thread. Empty, last error 8, when memory is short.
 Object_Reference Get_Thread_Object(Thread_Record& self);

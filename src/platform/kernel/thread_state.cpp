@@ -1,5 +1,6 @@
 #include "platform/kernel/thread_state.h"
 
+#include "platform/kernel/futex.h"
 #include "platform/kernel/object_pool.h"
 #include "platform/kernel/thread_record.h"
 
@@ -36,17 +37,88 @@ bool Thread_State::Set_Token(Object_Reference token)
     return true;
 }
 
-void Thread_State::End()
+std::uint32_t Thread_State::Get_Id()
 {
-    Object_Reference former;
+    std::uint32_t nId = m_nId.load(std::memory_order_acquire);
+    if (nId != 0 && nId != ASKED)
+    {
+        return nId;
+    }
+    do
+    {
+        if (nId == ASKED || m_nId.compare_exchange_weak(nId, ASKED, std::memory_order_acq_rel))
+        {
+            Futex_Wait(m_nId, ASKED, nullptr);
+            nId = m_nId.load(std::memory_order_acquire);
+        }
+    } while (nId == 0 || nId == ASKED);
+    Futex_Wake_One(m_nId); // the next one that sleeps
+    return nId;
+}
+
+void Thread_State::Tell_Id(std::uint32_t id)
+{
+    if (m_nId.exchange(id, std::memory_order_acq_rel) == ASKED)
+    {
+        Futex_Wake_One(m_nId);
+    }
+}
+
+bool Thread_State::let_Go(Object& own, Launch launch, DWORD exit_code)
+{
+    Object_Reference of_thread = Share(own);
+    {
+        const std::lock_guard guard(m_Lock);
+        if (m_nLaunch.load(std::memory_order_relaxed) != get_Word(Launch::Suspended))
+        {
+            return false;
+        }
+        m_dwCancel_Code = exit_code;
+        m_nLaunch.store(get_Word(launch), std::memory_order_release);
+        of_thread.Detach();
+    }
+    Futex_Wake_One(m_nLaunch);
+    return true;
+}
+
+void Thread_State::Dispose(Thread_State* state)
+{
+    if (state->m_nLaunch.load(std::memory_order_acquire) != get_Word(Launch::Suspended))
+    {
+        delete state;
+        return;
+    }
+    // Nobody but the thread itself knows the state any more, and from here on it is the thread's. A wake-up
+    // that comes when it has freed the memory wakes nobody, or somebody who looks again.
+    state->Set_Token({});
+    const std::atomic<std::uint32_t>& launch = state->m_nLaunch;
+    state->m_nLaunch.store(get_Word(Launch::Forsaken), std::memory_order_release);
+    Futex_Wake_One(launch);
+}
+
+Launch Thread_State::Wait_For_Launch() const
+{
+    std::uint32_t nLaunch = m_nLaunch.load(std::memory_order_acquire);
+    while (nLaunch == get_Word(Launch::Suspended))
+    {
+        Futex_Wait(m_nLaunch, nLaunch, nullptr);
+        nLaunch = m_nLaunch.load(std::memory_order_acquire);
+    }
+    return static_cast<Launch>(nLaunch);
+}
+
+void Thread_State::End(DWORD exit_code)
+{
+    Object_Reference former; // goes after the lock
     const std::lock_guard guard(m_Lock);
     m_bEnded = true;
     former = Object_Reference(m_pToken.exchange(nullptr, std::memory_order_acq_rel));
+    m_dwExit_Code.store(exit_code, std::memory_order_release);
 }
 
-Object_Reference New_Thread_Object()
+Object_Reference New_Thread_Object(std::uint32_t id)
 {
-    std::unique_ptr<Thread_State> state(new (std::nothrow) Thread_State);
+    std::unique_ptr<Thread_State> state(new (std::nothrow) Thread_State(id));
     if (state == nullptr)
     {
         Fail(ERROR_NOT_ENOUGH_MEMORY);
