@@ -135,11 +135,4 @@ TEST_F(Impersonated_Thread, Goes_Without_A_Token_That_It_Cannot_Have)
     CloseHandle(event);
     EXPECT_EQ(FOR_ITSELF, Exit_Code(create(0, event))) << "no handle at all";
     expect_Result(6, 1);
-
-    HANDLE weak = nullptr;
-    ASSERT_TRUE(DuplicateHandle(GetCurrentProcess(), GetCurrentThread(), GetCurrentProcess(), &weak,
-                                SYNCHRONIZE, FALSE, 0));
-    EXPECT_EQ(FOR_ITSELF, Exit_Code(create(0, weak)));
-    expect_Result(5, 1);
-    CloseHandle(weak);
 }

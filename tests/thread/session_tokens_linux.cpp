@@ -98,6 +98,33 @@ TEST_F(Session_Token, Grants_What_It_Was_Made_For)
     EXPECT_EQ(DWORD{ERROR_INVALID_PARAMETER}, GetLastError());
 }
 
+TEST_F(Session_Token, Is_No_Token_Of_A_Process)
+{
+    HANDLE token = nullptr;
+    ASSERT_TRUE(OpenProcessToken(GetCurrentProcess(), TOKEN_IMPERSONATE | TOKEN_QUERY, &token));
+    EXPECT_FALSE(SetThreadToken(nullptr, token));
+    EXPECT_EQ(DWORD{ERROR_BAD_TOKEN_TYPE}, GetLastError());
+    EXPECT_EQ(NONE, Session_Of(GetCurrentThread()));
+
+    HANDLE blind = nullptr;
+    ASSERT_TRUE(DuplicateHandle(GetCurrentProcess(), GetCurrentThread(), GetCurrentProcess(), &blind,
+                                THREAD_SET_THREAD_TOKEN, FALSE, 0));
+    EXPECT_EQ(DENIED, Session_Of(blind));
+    EXPECT_EQ(DWORD{ERROR_ACCESS_DENIED}, GetLastError());
+    CloseHandle(blind);
+
+    DWORD told = 0;
+    EXPECT_FALSE(GetTokenInformation(token, TokenSessionId, &told, 3, &told));
+    EXPECT_EQ(DWORD{ERROR_BAD_LENGTH}, GetLastError());
+    for (const int none : {0, -1, 51, 1000})
+    {
+        EXPECT_FALSE(GetTokenInformation(token, static_cast<TOKEN_INFORMATION_CLASS>(none), &told,
+                                         sizeof told, &told));
+        EXPECT_EQ(DWORD{ERROR_INVALID_PARAMETER}, GetLastError());
+    }
+    CloseHandle(token);
+}
+
 TEST_F(Session_Token, Keeps_A_Denied_Client_From_The_Token_Of_The_Service)
 {
     EXPECT_TRUE(Opens_Process_Token(TOKEN_QUERY));
