@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <iterator>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <pthread.h>
@@ -52,14 +53,29 @@ std::ptrdiff_t Count_Threads()
     return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
 }
 
+void Pause() { std::this_thread::sleep_for(std::chrono::milliseconds(10)); }
+
 /// The system takes its time to forget a thread whose handle is set.
 bool Are_There_Again(std::ptrdiff_t threads)
 {
-    for (int i = 0; i < 2000 && Count_Threads() != threads; ++i)
+    for (int i = 0; i < 1000 && Count_Threads() > threads; ++i)
     {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        Pause();
     }
-    return Count_Threads() == threads;
+    return Count_Threads() <= threads;
+}
+
+/// Without those of an earlier test that are about to go.
+std::ptrdiff_t Count_Lasting_Threads()
+{
+    std::ptrdiff_t before = 0;
+    std::ptrdiff_t threads = Count_Threads();
+    while (threads != before)
+    {
+        Pause();
+        before = std::exchange(threads, Count_Threads());
+    }
+    return threads;
 }
 
 std::atomic<int> s_nTokens{0};
@@ -97,7 +113,7 @@ protected:
     ~Made_Threads() override { system_calls = m_Saved; }
 
     const qn_platform::System_Calls m_Saved = system_calls;
-    const std::ptrdiff_t m_nThreads = Count_Threads();
+    const std::ptrdiff_t m_nThreads = Count_Lasting_Threads();
 };
 
 } // namespace

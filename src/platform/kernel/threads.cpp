@@ -3,6 +3,7 @@
 #include "platform/kernel/attributes.h"
 #include "platform/kernel/find_object.h"
 #include "platform/kernel/handle_table.h"
+#include "platform/kernel/object_pool.h"
 #include "platform/kernel/thread_start.h"
 #include "platform/kernel/thread_state.h"
 #include "platform/modules.h"
@@ -30,7 +31,8 @@ std::uintptr_t fail_Creation(DWORD code, int error)
 std::uintptr_t create_Thread(const Thread_Work& work, bool inherit, unsigned int* id)
 {
     const Object_Reference object = New_Thread_Object(0);
-    const HANDLE handle = object ? New_Handle(object, Get_All_Access(Kind::Thread), inherit) : nullptr;
+    const HANDLE handle =
+        object ? New_Handle(Share(*object), Get_All_Access(Kind::Thread), inherit) : nullptr;
     if (handle == nullptr)
     {
         return fail_Creation(GetLastError(), EACCES);
