@@ -2,7 +2,7 @@
 #include "platform/codec/header_lines.h"
 #include "platform/codec/hex_text.h"
 #include "platform/crypt.h"
-#include "platform/modules.h"
+#include "platform/fail.h"
 
 #include <algorithm>
 #include <limits>
@@ -100,12 +100,6 @@ std::string_view line_End(DWORD flags)
     return (flags & CRYPT_STRING_NOCR) != 0 ? "\n" : "\r\n";
 }
 
-BOOL fail(DWORD error)
-{
-    SetLastError(error);
-    return FALSE;
-}
-
 } // namespace
 
 BOOL CryptBinaryToStringA(const BYTE* bytes, DWORD size, DWORD flags, LPSTR text, DWORD* count)
@@ -113,14 +107,14 @@ BOOL CryptBinaryToStringA(const BYTE* bytes, DWORD size, DWORD flags, LPSTR text
     constexpr DWORD FLAGS = CRYPT_STRING_STRICT | CRYPT_STRING_NOCRLF | CRYPT_STRING_NOCR;
     if (bytes == nullptr || count == nullptr)
     {
-        return fail(ERROR_INVALID_PARAMETER);
+        return Fail(ERROR_INVALID_PARAMETER);
     }
     const Source source{bytes, size, flags & ~FLAGS, line_End(flags)};
     const auto length = write_Form(source, nullptr);
     const unsigned long long terminator = source.form == CRYPT_STRING_BINARY ? 0 : 1;
     if (!length || *length + terminator > std::numeric_limits<DWORD>::max())
     {
-        return fail(ERROR_INVALID_PARAMETER);
+        return Fail(ERROR_INVALID_PARAMETER);
     }
     const auto needed = static_cast<DWORD>(*length + terminator);
     if (text == nullptr)
@@ -131,7 +125,7 @@ BOOL CryptBinaryToStringA(const BYTE* bytes, DWORD size, DWORD flags, LPSTR text
     if (*count < needed)
     {
         *count = needed;
-        return fail(ERROR_MORE_DATA);
+        return Fail(ERROR_MORE_DATA);
     }
     write_Form(source, text);
     *count = static_cast<DWORD>(*length);

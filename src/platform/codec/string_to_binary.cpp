@@ -2,7 +2,7 @@
 #include "platform/codec/header_lines.h"
 #include "platform/codec/hex_text.h"
 #include "platform/crypt.h"
-#include "platform/modules.h"
+#include "platform/fail.h"
 
 #include <algorithm>
 #include <cstring>
@@ -113,12 +113,6 @@ void read(const Found& found, bool strict, BYTE* bytes)
     }
 }
 
-BOOL fail(DWORD error)
-{
-    SetLastError(error);
-    return FALSE;
-}
-
 } // namespace
 
 BOOL CryptStringToBinaryA(LPCSTR text, DWORD length, DWORD flags, BYTE* bytes, DWORD* count, DWORD* skipped,
@@ -127,21 +121,21 @@ BOOL CryptStringToBinaryA(LPCSTR text, DWORD length, DWORD flags, BYTE* bytes, D
     constexpr DWORD FLAGS = CRYPT_STRING_STRICT | CRYPT_STRING_NOCRLF | CRYPT_STRING_NOCR;
     if (text == nullptr || count == nullptr || (flags & ~FLAGS) > CRYPT_STRING_HEXRAW)
     {
-        return fail(ERROR_INVALID_PARAMETER);
+        return Fail(ERROR_INVALID_PARAMETER);
     }
     const bool strict = (flags & CRYPT_STRING_STRICT) != 0;
     const auto found = find(flags & ~FLAGS, {text, length != 0 ? length : std::strlen(text)}, strict);
     // A text without a given length may have 4 GiB and more.
     if (!found || found->size > 0xFFFFFFFF || found->skipped > 0xFFFFFFFF)
     {
-        return fail(ERROR_INVALID_DATA);
+        return Fail(ERROR_INVALID_DATA);
     }
     const auto size = static_cast<DWORD>(found->size);
     const bool fits = bytes == nullptr || *count >= size;
     *count = size;
     if (!fits)
     {
-        return fail(ERROR_MORE_DATA);
+        return Fail(ERROR_MORE_DATA);
     }
     if (bytes != nullptr)
     {

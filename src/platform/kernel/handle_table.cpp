@@ -100,12 +100,6 @@ std::uint64_t get_Generation_Of_Value(std::uint64_t slot_word)
 
 } // namespace
 
-bool Fail(DWORD code)
-{
-    SetLastError(code);
-    return false;
-}
-
 HANDLE Open_Handle(Object_Reference object, DWORD access, bool inherit)
 {
     Slot* const pSlot = Watch_Forks() ? get_Slot() : nullptr;

@@ -1,6 +1,7 @@
 #ifndef QNLIB_SRC_PLATFORM_KERNEL_OBJECT_LAYOUT_H
 #define QNLIB_SRC_PLATFORM_KERNEL_OBJECT_LAYOUT_H
 
+#include "platform/fail.h"
 #include "platform/kernel/grown_array.h"
 #include "platform/kernel/object.h"
 #include "platform/kernel/thread_record.h"
@@ -157,9 +158,6 @@ inline Look Look_Up(HANDLE handle)
         }
     }
 }
-
-/// Leaves the last error. False, for the caller to return.
-bool Fail(DWORD code);
 
 /// The error of an operation on one kind of object through what was looked up; 0 if there is none.
 inline DWORD Check_Look(Look look, Kind kind, DWORD access)
