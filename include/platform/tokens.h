@@ -17,8 +17,9 @@
 // that its own token grants, so who may not know his client's session is not given the process's instead.
 // Tokens that can be borne are made by the operations of platform/sessions.h.
 //
-// The process's token holds a privilege if the process may have the capability by which Linux allows what the
-// privilege stands for, as it was when the token was first looked at:
+// The process's token holds a privilege if the process (its first thread, where threads differ) may have the
+// capability by which Linux allows what the privilege stands for, as it was when the token was first looked
+// at:
 //
 //     CAP_CHOWN            SeTakeOwnership             CAP_SETUID         SeImpersonate,
 //     CAP_DAC_OVERRIDE     SeRestore                                      SeAssignPrimaryToken
@@ -94,8 +95,8 @@ enum TOKEN_INFORMATION_CLASS : int
 };
 
 /// Opens the token of this process. 6 for what is no handle to a process, 5 for an access that nobody gets
-/// (beyond TOKEN_ALL_ACCESS, generic rights and MAXIMUM_ALLOWED), 87 for a null `token`, 8 when memory is
-/// short.
+/// (beyond TOKEN_ALL_ACCESS, generic rights, MAXIMUM_ALLOWED, and SYNCHRONIZE, which is granted although
+/// tokens can't be waited on), 87 for a null `token`, 8 when memory is short.
 LIB_API BOOL OpenProcessToken(HANDLE process, DWORD access, PHANDLE token);
 
 /// Opens the token that a thread bears. 1008 when it bears none, 5 for access that the token does not grant

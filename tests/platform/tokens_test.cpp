@@ -13,6 +13,8 @@
 #include <vector>
 
 #include <linux/capability.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 using namespace qn_platform::kernel;
 
@@ -79,7 +81,7 @@ public:
     }
 
     Privilege_Set Held() const { return m_Token.Get_Privileges().held; }
-    Privilege_Set Enabled() const { return m_Token.Get_Privileges().enabled & Held(); }
+    Privilege_Set Enabled() const { return m_Token.Get_Privileges().enabled; }
     HANDLE Full() const { return m_Full; }
 
 private:
@@ -120,6 +122,34 @@ TEST(Tokens, Are_Opened_For_What_They_Grant)
     EXPECT_FALSE(AdjustTokenPrivileges(handle, FALSE, &wanted, 0, nullptr, nullptr));
     EXPECT_EQ(5U, GetLastError());
     CloseHandle(handle);
+
+    const HANDLE most = Open(token, MAXIMUM_ALLOWED);
+    ASSERT_NE(nullptr, most) << "what is granted is less than all";
+    wanted.PrivilegeCount = 0;
+    EXPECT_TRUE(AdjustTokenPrivileges(most, FALSE, &wanted, 0, nullptr, nullptr));
+    DWORD needed = 0;
+    EXPECT_FALSE(GetTokenInformation(most, TokenPrivileges, nullptr, 0, &needed));
+    EXPECT_EQ(5U, GetLastError());
+    CloseHandle(most);
+    EXPECT_EQ(nullptr, Open(token, MAXIMUM_ALLOWED | TOKEN_QUERY));
+    EXPECT_EQ(nullptr, Open(token, GENERIC_READ));
+    EXPECT_EQ(5U, GetLastError());
+}
+
+TEST(Tokens, Hold_The_Same_Whichever_Thread_Asks_First)
+{
+    const Privilege_Set held = Read_Held_Privileges();
+    Privilege_Set seen = 0;
+    std::thread(
+        [&]
+        {
+            __user_cap_header_struct self = {_LINUX_CAPABILITY_VERSION_3, 0};
+            const __user_cap_data_struct none[_LINUX_CAPABILITY_U32S_3] = {};
+            EXPECT_EQ(0, syscall(SYS_capset, &self, none)) << "of this thread alone";
+            seen = Read_Held_Privileges();
+        })
+        .join();
+    EXPECT_EQ(held, seen);
 }
 
 TEST(Tokens, Take_Each_Wish_By_Itself)

@@ -57,8 +57,12 @@ TEST(Token, Is_Opened_By_A_Process_Handle_Alone)
     EXPECT_EQ(6U, GetLastError());
     EXPECT_FALSE(OpenProcessToken(GetCurrentThread(), TOKEN_QUERY, &token));
     EXPECT_EQ(6U, GetLastError());
-    EXPECT_FALSE(OpenProcessToken(GetCurrentProcess(), 0x01000000, &token));
-    EXPECT_EQ(5U, GetLastError());
+    for (const DWORD nobodys : {0x01000000U, 0x00000200U, 0x00008000U, 0x00200000U})
+    {
+        EXPECT_FALSE(OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY | nobodys, &token)) << nobodys;
+        EXPECT_EQ(5U, GetLastError());
+    }
+    EXPECT_TRUE(CloseHandle(Open(TOKEN_QUERY | SYNCHRONIZE)));
 
     token = Open(TOKEN_QUERY);
     HANDLE again = nullptr;

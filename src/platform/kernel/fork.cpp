@@ -26,10 +26,12 @@ void before_Fork()
     g_Dispatcher.lock();
     g_Records_Lock.lock();
     g_Table_Lock.lock();
+    g_Privileges_Lock.lock();
 }
 
 void after_Fork()
 {
+    g_Privileges_Lock.unlock();
     g_Table_Lock.unlock();
     g_Records_Lock.unlock();
     g_Dispatcher.unlock();

@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include <linux/capability.h>
+#include <unistd.h>
 
 namespace qn_platform::kernel
 {
@@ -77,9 +78,21 @@ constexpr bool is_Same_Name(LPCWSTR left, LPCWSTR right)
     return *left == *right;
 }
 
+constexpr DWORD CHANGE_NOTIFY = 23;
+constexpr DWORD CREATE_GLOBAL = 30;
+
+constexpr bool is_Named(DWORD privilege, LPCWSTR name)
+{
+    return is_Same_Name(PRIVILEGES[privilege - FIRST_PRIVILEGE].name, name);
+}
+
+static_assert(is_Named(CHANGE_NOTIFY, L"SeChangeNotifyPrivilege"));
+static_assert(is_Named(CREATE_GLOBAL, L"SeCreateGlobalPrivilege"));
+
 std::uint64_t read_Permitted_Capabilities()
 {
-    __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
+    // By its number it is the process's first thread that is asked, by 0 it would be the calling one.
+    __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, ::getpid()};
     __user_cap_data_struct data[_LINUX_CAPABILITY_U32S_3] = {};
     if (system_calls.get_capabilities(&header, data) != 0)
     {
@@ -102,11 +115,7 @@ DWORD Find_Privilege(LPCWSTR name)
     return 0;
 }
 
-Privilege_Set Get_Default_Privileges()
-{
-    return Privilege_Bit(Find_Privilege(L"SeChangeNotifyPrivilege")) |
-           Privilege_Bit(Find_Privilege(L"SeCreateGlobalPrivilege"));
-}
+Privilege_Set Get_Default_Privileges() { return Privilege_Bit(CHANGE_NOTIFY) | Privilege_Bit(CREATE_GLOBAL); }
 
 Privilege_Set Read_Held_Privileges()
 {

@@ -16,6 +16,7 @@ enum class Lock_Rank : unsigned int
     Dispatcher,  // queues of waiting threads
     Records,     // the list of thread records
     Table,       // free slots and free objects
+    Privileges,  // of all tokens
     Thread_State // the state of one thread
 };
 

@@ -1,10 +1,11 @@
 #include "platform/kernel/token.h"
 
+#include "platform/fail.h"
+#include "platform/kernel.h"
 #include "platform/kernel/access_rights.h"
 #include "platform/kernel/object_pool.h"
 #include "platform/kernel/session.h"
 #include "platform/kernel/thread_state.h"
-#include "platform/modules.h"
 #include "platform/tokens.h"
 
 #include <new>
@@ -18,29 +19,21 @@ namespace qn_platform::kernel
 namespace
 {
 
-constexpr DWORD ACCESS_SYSTEM_SECURITY = 0x01000000;
+/// These name no right: they mean some.
+constexpr DWORD GENERIC_RIGHTS =
+    GENERIC_READ | GENERIC_WRITE | GENERIC_EXECUTE | GENERIC_ALL | MAXIMUM_ALLOWED;
 
 /// What handles to the token of this process stand for. Made at first need, and kept.
 constinit std::atomic<Object*> g_pProcess_Token{nullptr};
 
 } // namespace
 
+constinit Ranked_Lock g_Privileges_Lock{Lock_Rank::Privileges};
+
 Privilege_State Token::Get_Privileges() const
 {
-    // In this order, so that a privilege that is being removed is not seen as held again.
-    const Privilege_Set enabled = m_Enabled.load(std::memory_order_acquire);
-    return {m_Held.load(std::memory_order_acquire), enabled};
-}
-
-bool Token::Change_Privileges(Privilege_State& before, const Privilege_State& after)
-{
-    if (!m_Enabled.compare_exchange_strong(before.enabled, after.enabled, std::memory_order_acq_rel))
-    {
-        before.held = m_Held.load(std::memory_order_acquire);
-        return false;
-    }
-    m_Held.fetch_and(~(before.held & ~after.held), std::memory_order_acq_rel);
-    return true;
+    const std::lock_guard<Ranked_Lock> guard(g_Privileges_Lock);
+    return m_Privileges;
 }
 
 DWORD Token::Get_Session() const { return m_Client.has_value() ? m_Client->session : Get_Own_Session(); }
@@ -69,13 +62,14 @@ Object_Reference Get_Process_Token()
 HANDLE Open_Token(Object_Reference token, DWORD access, DWORD most)
 {
     const DWORD granted = Get_Token(*token).Get_Granted_Access() & most;
-    const DWORD wanted = Map_Access(Kind::Token, access);
-    if ((wanted & ~granted) != 0 || (access & ACCESS_SYSTEM_SECURITY) != 0)
+    const DWORD wanted = (access & ~GENERIC_RIGHTS) | Map_Access(Kind::Token, access & ~MAXIMUM_ALLOWED);
+    const bool all = (access & MAXIMUM_ALLOWED) != 0;
+    if ((wanted & ~(granted | SYNCHRONIZE)) != 0 || (all && granted == 0))
     {
-        SetLastError(ERROR_ACCESS_DENIED);
+        Fail(ERROR_ACCESS_DENIED);
         return nullptr;
     }
-    return New_Handle(std::move(token), wanted, false);
+    return New_Handle(std::move(token), all ? granted : wanted & granted, false);
 }
 
 HANDLE New_Client_Token(DWORD granted_access, const Identity& client)
@@ -83,7 +77,7 @@ HANDLE New_Client_Token(DWORD granted_access, const Identity& client)
     auto* const token = new (std::nothrow) Token(granted_access, client);
     if (token == nullptr)
     {
-        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        Fail(ERROR_NOT_ENOUGH_MEMORY);
         return nullptr;
     }
     Object_Reference object =

@@ -3,8 +3,9 @@
 
 #include "platform/kernel/object.h"
 #include "platform/kernel/privileges.h"
+#include "platform/kernel/ranked_lock.h"
 
-#include <atomic>
+#include <mutex>
 #include <optional>
 
 // The record behind the handles to a token.
@@ -16,7 +17,7 @@ namespace qn_platform::kernel
 struct Privilege_State
 {
     Privilege_Set held;
-    Privilege_Set enabled; // only those that are held count
+    Privilege_Set enabled;
 };
 
 /// Whom a token stands for.
@@ -26,20 +27,23 @@ struct Identity
     DWORD user;
 };
 
+/// Guards the privileges of all tokens.
+extern Ranked_Lock g_Privileges_Lock;
+
 /// Any thread may use it at any time.
 class Token
 {
 public:
     /// That of this process. `granted_access` is what may be asked for when the token is opened.
     Token(DWORD granted_access, Privilege_Set held)
-        : m_dwGranted_Access(granted_access), m_Held(held), m_Enabled(held & Get_Default_Privileges())
+        : m_dwGranted_Access(granted_access), m_Privileges{held, held & Get_Default_Privileges()}
     {
     }
 
     /// One for threads to bear.
     Token(DWORD granted_access, const Identity& client)
-        : m_dwGranted_Access(granted_access), m_Client(client), m_Held(Get_Default_Privileges()),
-          m_Enabled(Get_Default_Privileges())
+        : m_dwGranted_Access(granted_access),
+          m_Client(client), m_Privileges{Get_Default_Privileges(), Get_Default_Privileges()}
     {
     }
 
@@ -53,15 +57,18 @@ public:
 
     Privilege_State Get_Privileges() const;
 
-    /// Goes from one state to the next, which holds no more than it. False, and `before` is the state that
-    /// is, if another thread was first.
-    bool Change_Privileges(Privilege_State& before, const Privilege_State& after);
+    /// Has `change` alter the state, or leave it, while no other thread sees it. Its answer is the result.
+    template <class Change>
+    bool Change_Privileges(const Change& change)
+    {
+        const std::lock_guard<Ranked_Lock> guard(g_Privileges_Lock);
+        return change(m_Privileges);
+    }
 
 private:
     const DWORD m_dwGranted_Access;
     const std::optional<Identity> m_Client;
-    std::atomic<Privilege_Set> m_Held;
-    std::atomic<Privilege_Set> m_Enabled;
+    Privilege_State m_Privileges;
 };
 
 /// The token of this process. Empty, last error 8, when memory is short.

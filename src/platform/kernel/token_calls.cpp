@@ -1,6 +1,6 @@
+#include "platform/fail.h"
 #include "platform/kernel.h"
 #include "platform/kernel/token.h"
-#include "platform/modules.h"
 #include "platform/tokens.h"
 
 #include <bit>
@@ -17,12 +17,6 @@ namespace
 {
 
 constexpr DWORD PROCESS_QUERY_LIMITED_INFORMATION = 0x1000;
-
-BOOL fail(DWORD error)
-{
-    SetLastError(error);
-    return FALSE;
-}
 
 /// What AdjustTokenPrivileges is asked for; a privilege is in one of the sets at most.
 struct Wish
@@ -81,7 +75,7 @@ Privilege_State fulfil(const Wish& wish, const Privilege_State& before)
 
 Privilege_Set find_Changes(const Privilege_State& before, const Privilege_State& after)
 {
-    return (before.held & ~after.held) | ((before.enabled & before.held) ^ after.enabled);
+    return (before.held & ~after.held) | (before.enabled ^ after.enabled);
 }
 
 DWORD list_Size(Privilege_Set privileges)
@@ -106,28 +100,26 @@ void write_List(Privilege_Set privileges, Privilege_Set enabled, TOKEN_PRIVILEGE
     }
 }
 
-/// The state before, or false with the last error 122. `size` bounds the list of changes if there is a
+/// Gives the state before, or false with the last error 122. `size` bounds the list of changes if there is a
 /// `needed`.
 bool adjust(Token& token, const Wish& wish, DWORD size, PDWORD needed, Privilege_State& before)
 {
-    before = token.Get_Privileges();
-    for (;;)
+    DWORD list_size = 0;
+    const bool done = token.Change_Privileges(
+        [&](Privilege_State& state)
+        {
+            before = state;
+            const Privilege_State after = fulfil(wish, state);
+            list_size = list_Size(find_Changes(before, after));
+            const bool fits = needed == nullptr || list_size <= size;
+            state = fits ? after : before;
+            return fits;
+        });
+    if (needed != nullptr)
     {
-        const Privilege_State after = fulfil(wish, before);
-        if (needed != nullptr)
-        {
-            *needed = list_Size(find_Changes(before, after));
-            if (*needed > size)
-            {
-                SetLastError(ERROR_INSUFFICIENT_BUFFER);
-                return false;
-            }
-        }
-        if (token.Change_Privileges(before, after))
-        {
-            return true;
-        }
+        *needed = list_size;
     }
+    return done || Fail(ERROR_INSUFFICIENT_BUFFER);
 }
 
 /// Where information of a token goes.
@@ -218,7 +210,7 @@ BOOL OpenProcessToken(HANDLE process, DWORD access, PHANDLE token)
     }
     if (token == nullptr)
     {
-        return fail(ERROR_INVALID_PARAMETER);
+        return Fail(ERROR_INVALID_PARAMETER);
     }
     const HANDLE opened = open_Process_Token(access);
     if (opened == nullptr)
@@ -233,16 +225,16 @@ BOOL LookupPrivilegeValueW(LPCWSTR system, LPCWSTR name, PLUID luid)
 {
     if (luid == nullptr)
     {
-        return fail(ERROR_INVALID_PARAMETER);
+        return Fail(ERROR_INVALID_PARAMETER);
     }
     if (system != nullptr && *system != L'\0')
     {
-        return fail(RPC_S_SERVER_UNAVAILABLE);
+        return Fail(RPC_S_SERVER_UNAVAILABLE);
     }
     const DWORD number = name != nullptr ? Find_Privilege(name) : 0;
     if (number == 0)
     {
-        return fail(ERROR_NO_SUCH_PRIVILEGE);
+        return Fail(ERROR_NO_SUCH_PRIVILEGE);
     }
     *luid = {number, 0};
     return TRUE;
@@ -259,7 +251,7 @@ BOOL AdjustTokenPrivileges(HANDLE token, BOOL disable_all, PTOKEN_PRIVILEGES wan
     }
     if ((disable_all == FALSE && wanted == nullptr) || (previous != nullptr && needed == nullptr))
     {
-        return fail(ERROR_INVALID_PARAMETER);
+        return Fail(ERROR_INVALID_PARAMETER);
     }
     const Wish wish = read_Wish(disable_all, wanted);
     Privilege_State before;
@@ -287,10 +279,10 @@ BOOL GetTokenInformation(HANDLE token, TOKEN_INFORMATION_CLASS information_class
     }
     if (needed == nullptr || information_class <= 0 || information_class >= MaxTokenInfoClass)
     {
-        return fail(ERROR_INVALID_PARAMETER);
+        return Fail(ERROR_INVALID_PARAMETER);
     }
     const DWORD error = tell(Get_Token(*object), information_class, {information, size, *needed});
-    return error == ERROR_SUCCESS || fail(error);
+    return error == ERROR_SUCCESS || Fail(error);
 }
 
 } // namespace qn_platform
