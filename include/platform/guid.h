@@ -28,7 +28,7 @@ inline constexpr HRESULT E_INVALIDARG = static_cast<HRESULT>(0x80070057);
 inline constexpr HRESULT CO_E_CLASSSTRING = static_cast<HRESULT>(0x800401F3);
 
 /// Draws a new identifier, version 4: 122 bits of the kernel's random numbers. E_INVALIDARG for null; E_FAIL,
-/// with the identifier left alone, if the kernel refuses random numbers, as a sandbox may have it do.
+/// with the identifier left alone, if neither getrandom nor /dev/urandom gives any, as in a narrow sandbox.
 LIB_API HRESULT CoCreateGuid(GUID* guid);
 
 /// Reads "{8-4-4-4-12}" in hexadecimal digits of either case, and nothing before or behind it. A null text

@@ -17,7 +17,8 @@ struct System_Calls
 {
     ssize_t (*read_link)(const char* path, char* target, std::size_t size);
     char* (*real_path)(const char* path, char* resolved);
-    int (*access_file)(const char* path, int mode);
+    int (*access_file)(const char* path, int mode); // for the effective user, unlike access()
+    int (*open_file)(const char* path, int flags);
     void* (*open_module)(const char* path, int mode);
     void* (*find_symbol)(void* module, const char* name);
     int (*close_module)(void* module);

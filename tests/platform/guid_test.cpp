@@ -27,6 +27,7 @@ TEST_F(Guid_Drawing, Leaves_The_Identifier_Alone_When_The_Kernel_Refuses)
     _GUID guid;
     std::memset(&guid, 0xAB, sizeof guid);
     const _GUID before = guid;
+    system_calls.open_file = [](const char*, int) { return -1; };
     system_calls.get_random = [](void*, std::size_t, unsigned int) -> ssize_t
     {
         errno = EPERM;
@@ -39,6 +40,20 @@ TEST_F(Guid_Drawing, Leaves_The_Identifier_Alone_When_The_Kernel_Refuses)
     EXPECT_EQ(0, std::memcmp(&before, &guid, sizeof guid));
     EXPECT_EQ(E_INVALIDARG, CoCreateGuid(nullptr));
     EXPECT_EQ(E_INVALIDARG, CLSIDFromString(L"{", nullptr));
+}
+
+TEST_F(Guid_Drawing, Takes_The_Device_When_The_Call_Is_Refused)
+{
+    system_calls.get_random = [](void*, std::size_t, unsigned int) -> ssize_t
+    {
+        errno = ENOSYS;
+        return -1;
+    };
+    _GUID first{};
+    _GUID second{};
+    EXPECT_EQ(S_OK, CoCreateGuid(&first));
+    EXPECT_EQ(S_OK, CoCreateGuid(&second));
+    EXPECT_NE(0, std::memcmp(&first, &second, sizeof first));
 }
 
 TEST_F(Guid_Drawing, Draws_On_After_Signals_And_Marks_Version_And_Variant)

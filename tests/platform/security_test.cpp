@@ -6,8 +6,13 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <string>
 
 #include <dlfcn.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 // What Linux cannot express is refused, and what fails on the way leaves its code and nothing else.
 
@@ -127,6 +132,33 @@ TEST_F(Security, Tells_Why_There_Is_Nothing_To_Label)
         return -1;
     };
     EXPECT_EQ(5U, Label(L"file", SE_FILE_OBJECT));
+}
+
+TEST_F(Security, Sees_Files_As_The_User_That_It_Acts_For)
+{
+    if (geteuid() != 0)
+        GTEST_SKIP() << "only root can be two users";
+    constexpr uid_t nNobody = 65534;
+    char folder[] = "/tmp/qnlib_security_XXXXXX"; // nobody but its owner may look into it
+    ASSERT_NE(nullptr, mkdtemp(folder));
+    const std::string name = folder + std::string("/file");
+    std::ofstream(name).put('x');
+    const auto Label_As = [&](uid_t nReal, uid_t nEffective)
+    {
+        const pid_t child = fork();
+        if (child == 0)
+        {
+            const Lib_String strName(name.c_str());
+            const bool bSet = setresuid(nReal, nEffective, 0) == 0;
+            _exit(bSet ? static_cast<int>(Label(strName, SE_FILE_OBJECT)) : 255);
+        }
+        int nStatus = 0;
+        EXPECT_EQ(child, waitpid(child, &nStatus, 0));
+        return WIFEXITED(nStatus) ? WEXITSTATUS(nStatus) : -1;
+    };
+    EXPECT_EQ(50, Label_As(nNobody, 0));
+    EXPECT_EQ(5, Label_As(0, nNobody));
+    std::filesystem::remove_all(folder);
 }
 
 TEST_F(Security, Looks_At_The_Information_First)

@@ -4,20 +4,42 @@
 
 #include <cerrno>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 namespace qn_platform
 {
 
 namespace
 {
 
-bool fill_With_Random(void* bytes, std::size_t size)
+/// Whether a call fills all of the bytes; up to 256 random ones come all at once.
+template <class Call>
+bool fills(std::size_t size, const Call& call)
 {
     ssize_t count = 0;
     do
     {
-        count = system_calls.get_random(bytes, size, 0); // up to 256 bytes come all at once
+        count = call();
     } while (count < 0 && errno == EINTR);
     return count == static_cast<ssize_t>(size);
+}
+
+bool read_Device(void* bytes, std::size_t size)
+{
+    const int file = system_calls.open_file("/dev/urandom", O_RDONLY | O_CLOEXEC);
+    if (file < 0)
+    {
+        return false;
+    }
+    const bool filled = fills(size, [&] { return ::read(file, bytes, size); });
+    ::close(file);
+    return filled;
+}
+
+bool fill_With_Random(void* bytes, std::size_t size)
+{
+    return fills(size, [&] { return system_calls.get_random(bytes, size, 0); }) || read_Device(bytes, size);
 }
 
 /// Takes the text apart from left to right.
