@@ -135,9 +135,10 @@ inline constexpr SECURITY_INFORMATION LABEL_SECURITY_INFORMATION = 0x10;
 /// than 1.
 LIB_API BOOL InitializeSecurityDescriptor(PSECURITY_DESCRIPTOR descriptor, DWORD revision);
 
-/// Puts a DACL into a descriptor of absolute form, or takes it out if `present` is 0: then the other two are
-/// ignored. A present null DACL lets everybody in. The list stays the caller's and must outlive the
-/// descriptor. 1305 for a descriptor that is not of revision 1, 1338 for one in self-relative form.
+/// Puts a DACL into a descriptor of absolute form, or, if `present` is 0, marks that it has none: then the
+/// other two are ignored, and what they set before stays. A present null DACL lets everybody in. The list
+/// stays the caller's and must outlive the descriptor. 1305 for a descriptor that is not of revision 1, 1338
+/// for one in self-relative form.
 LIB_API BOOL SetSecurityDescriptorDacl(PSECURITY_DESCRIPTOR descriptor, BOOL present, PACL dacl,
                                        BOOL defaulted);
 

@@ -103,10 +103,16 @@ TEST(Security_Descriptor, Holds_And_Tells_Its_Dacl)
     EXPECT_EQ(nullptr, dacl);
     EXPECT_EQ(FALSE, defaulted);
 
+    // Taken out again: nothing but the mark that there is one changes.
     ASSERT_TRUE(SetSecurityDescriptorDacl(&descriptor, FALSE, list.Get(), TRUE));
     ASSERT_TRUE(GetSecurityDescriptorDacl(&descriptor, &present, &dacl, &defaulted));
     EXPECT_EQ(FALSE, present);
     EXPECT_EQ(0, descriptor.Control);
+    EXPECT_EQ(nullptr, descriptor.Dacl);
+    ASSERT_TRUE(SetSecurityDescriptorDacl(&descriptor, TRUE, list.Get(), TRUE));
+    ASSERT_TRUE(SetSecurityDescriptorDacl(&descriptor, FALSE, nullptr, FALSE));
+    EXPECT_EQ(SE_DACL_DEFAULTED, descriptor.Control);
+    EXPECT_EQ(list.Get(), descriptor.Dacl);
 }
 
 TEST(Security_Descriptor, Refuses_What_It_Does_Not_Know)

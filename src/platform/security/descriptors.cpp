@@ -1,4 +1,4 @@
-#include "platform/modules.h"
+#include "platform/fail.h"
 #include "platform/security.h"
 #include "platform/security/layout.h"
 
@@ -7,12 +7,6 @@ namespace qn_platform
 
 namespace
 {
-
-BOOL fail(DWORD error)
-{
-    SetLastError(error);
-    return FALSE;
-}
 
 /// 0 for a descriptor that can be looked into.
 DWORD find_Fault(const SECURITY_DESCRIPTOR* descriptor)
@@ -59,11 +53,11 @@ BOOL InitializeSecurityDescriptor(PSECURITY_DESCRIPTOR descriptor, DWORD revisio
 {
     if (descriptor == nullptr)
     {
-        return fail(ERROR_INVALID_PARAMETER);
+        return Fail(ERROR_INVALID_PARAMETER);
     }
     if (revision != SECURITY_DESCRIPTOR_REVISION)
     {
-        return fail(ERROR_UNKNOWN_REVISION);
+        return Fail(ERROR_UNKNOWN_REVISION);
     }
     *static_cast<SECURITY_DESCRIPTOR*>(descriptor) = {
         static_cast<BYTE>(revision), 0, 0, nullptr, nullptr, nullptr, nullptr};
@@ -75,16 +69,18 @@ BOOL SetSecurityDescriptorDacl(PSECURITY_DESCRIPTOR descriptor, BOOL present, PA
     auto* const target = static_cast<SECURITY_DESCRIPTOR*>(descriptor);
     if (const DWORD fault = find_Fault(target); fault != ERROR_SUCCESS)
     {
-        return fail(fault);
+        return Fail(fault);
     }
     if ((target->Control & SE_SELF_RELATIVE) != 0)
     {
-        return fail(ERROR_INVALID_SECURITY_DESCR);
+        return Fail(ERROR_INVALID_SECURITY_DESCR);
     }
-    const bool is_present = present != FALSE;
-    set_Bits(*target, SE_DACL_PRESENT, is_present);
-    set_Bits(*target, SE_DACL_DEFAULTED, is_present && defaulted != FALSE);
-    target->Dacl = is_present ? dacl : nullptr;
+    set_Bits(*target, SE_DACL_PRESENT, present != FALSE);
+    if (present != FALSE)
+    {
+        set_Bits(*target, SE_DACL_DEFAULTED, defaulted != FALSE);
+        target->Dacl = dacl;
+    }
     return TRUE;
 }
 
@@ -93,11 +89,11 @@ BOOL GetSecurityDescriptorDacl(PSECURITY_DESCRIPTOR descriptor, LPBOOL present, 
     auto* const source = static_cast<SECURITY_DESCRIPTOR*>(descriptor);
     if (const DWORD fault = find_Fault(source); fault != ERROR_SUCCESS)
     {
-        return fail(fault);
+        return Fail(fault);
     }
     if (present == nullptr || dacl == nullptr || defaulted == nullptr)
     {
-        return fail(ERROR_INVALID_PARAMETER);
+        return Fail(ERROR_INVALID_PARAMETER);
     }
     *present = (source->Control & SE_DACL_PRESENT) != 0;
     if (*present != FALSE)
@@ -114,14 +110,14 @@ BOOL IsValidSecurityDescriptor(PSECURITY_DESCRIPTOR descriptor)
     const DWORD fault = find_Fault(source);
     if (fault != ERROR_SUCCESS)
     {
-        return fail(fault == ERROR_INVALID_PARAMETER ? ERROR_INVALID_SECURITY_DESCR : fault);
+        return Fail(fault == ERROR_INVALID_PARAMETER ? ERROR_INVALID_SECURITY_DESCR : fault);
     }
     const SECURITY_DESCRIPTOR parts = absolute_Form(source);
     if (!is_Sid_Or_None(parts.Owner) || !is_Sid_Or_None(parts.Group) ||
         !is_Acl_Or_None(parts.Dacl, (parts.Control & SE_DACL_PRESENT) != 0) ||
         !is_Acl_Or_None(parts.Sacl, (parts.Control & SE_SACL_PRESENT) != 0))
     {
-        return fail(ERROR_INVALID_SECURITY_DESCR);
+        return Fail(ERROR_INVALID_SECURITY_DESCR);
     }
     return TRUE;
 }
@@ -130,11 +126,11 @@ BOOL InitializeAcl(PACL acl, DWORD size, DWORD revision)
 {
     if (size < sizeof(ACL))
     {
-        return fail(ERROR_INSUFFICIENT_BUFFER);
+        return Fail(ERROR_INSUFFICIENT_BUFFER);
     }
     if (acl == nullptr || size > 0xFFFF || revision < MIN_ACL_REVISION || revision > MAX_ACL_REVISION)
     {
-        return fail(ERROR_INVALID_PARAMETER);
+        return Fail(ERROR_INVALID_PARAMETER);
     }
     *acl = {static_cast<BYTE>(revision), 0, static_cast<WORD>(size), 0, 0};
     return TRUE;
