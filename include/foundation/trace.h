@@ -50,6 +50,12 @@ LIB_API void libtLeave_Function(const Lib_String& strFirst, const Lib_String& st
 LIB_API void libtLeave_Function(const Lib_String& strFirst, const Lib_String& strSecond,
                                 unsigned int dwResult);
 LIB_API void libtLeave_Function(const Lib_String& strFirst, const Lib_String& strSecond, long long nResult);
+/// For a DWORD of Windows.
+inline void libtLeave_Function(const Lib_String& strFirst, const Lib_String& strSecond,
+                               unsigned long dwResult)
+{
+    libtLeave_Function(strFirst, strSecond, static_cast<unsigned int>(dwResult));
+}
 LIB_API void libtLeave_Function(const Lib_String& strFirst, const Lib_String& strSecond, int nResult,
                                 Lib_Result* pResult);
 LIB_API void libtLeave_Function(const Lib_String& strFirst, const Lib_String& strSecond, bool bResult,

@@ -7,7 +7,7 @@
 
 /// A GUID as a value: drawn anew, read from text, written as text, compared. Named kernel objects get their
 /// unique names from it. No operation reports a failure; if no GUID can be drawn, the value stays as it was
-/// (null in a new object).
+/// (null in a new object). On Linux that takes a sandbox without getrandom and without /dev/urandom.
 class LIB_API Lib_Guid
 {
 public:
@@ -52,5 +52,9 @@ private:
 
     _GUID m_Guid{};
 };
+
+/// Compares with a plain value, on either side: without it, either operand could become what the other one
+/// is.
+inline bool operator==(const Lib_Guid& Left, const _GUID& Right) { return Left == Lib_Guid(Right); }
 
 #endif

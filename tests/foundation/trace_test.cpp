@@ -5,7 +5,9 @@
 TEST(Trace, Accepts_Every_Form_And_Does_Nothing)
 {
     const Lib_String strNone;
+    const wchar_t* const pNull = nullptr;
     const Lib_Buffer empty;
+    Lib_Result result(5, 1);
     int nValue = 3;
     bool bValue = true;
     LIBT_PRINT_BOOL(nValue);
@@ -27,7 +29,12 @@ TEST(Trace, Accepts_Every_Form_And_Does_Nothing)
     LIBT_PRINT_BUFFER_AS_STRING_W(strNone, nullptr, 5);
     LIBT_PRINT_STRING(L"text");
     LIBT_PRINT_STRING(L"caption", L"text");
+    LIBT_PRINT_STRING(pNull);
+    LIBT_PRINT_STRING(pNull, pNull);
+    LIBT_PRINT_RES(result);
+    LIBT_PRINT_RES(L"caption", result);
     LIBT_PRINT_ERROR(strNone);
+    LIBT_PRINT_ERROR(L"text", result);
     LIBT_PRINT_WARNING(strNone);
     LIBT_PRINT_TIME();
     LIBT_PRINT_TIME(strNone);
@@ -35,9 +42,13 @@ TEST(Trace, Accepts_Every_Form_And_Does_Nothing)
     libtEnter_Function(strNone, strNone);
     libtLeave_Function(strNone, strNone);
     libtLeave_Function(strNone, strNone, 7U);
+    libtLeave_Function(strNone, strNone, GetLastError());
     libtLeave_Function(strNone, strNone, -7LL);
     libtLeave_Function(strNone, strNone, -7, nullptr);
+    libtLeave_Function(strNone, strNone, -7, &result);
     libtLeave_Function(strNone, strNone, true, nullptr);
+    libtLeave_Function(strNone, strNone, true, &result);
+    EXPECT_TRUE(result == Lib_Result(5, 1));
     EXPECT_EQ(3, nValue);
     EXPECT_TRUE(bValue);
 }

@@ -79,6 +79,18 @@ TEST(Guid, Copies_And_Shows_Its_Value)
     EXPECT_EQ("00000000-0000-0000-0000-000000000000", Digits(guid));
 }
 
+TEST(Guid, Compares_With_Plain_Values)
+{
+    Lib_Guid guid(SAMPLE);
+    const Lib_Guid& constant = guid;
+    _GUID other = SAMPLE;
+    EXPECT_TRUE(guid == other && other == guid && constant == SAMPLE && SAMPLE == constant);
+    EXPECT_FALSE(guid != other || other != guid || constant != SAMPLE || SAMPLE != constant);
+    other.Data4[7] ^= 1;
+    EXPECT_FALSE(guid == other || other == guid || constant == other || other == constant);
+    EXPECT_TRUE(guid != other && other != guid && constant != other && other != constant);
+}
+
 TEST(Guid, Is_Less_When_Its_Bytes_Are_Greater)
 {
     const Lib_Guid lower(_GUID{0x02000001, 0, 0, {}}); // its first byte in memory is 1
