@@ -33,6 +33,7 @@ public:
     class Iterator;
 
     LibT_Set() = default;
+    /// Not copied: two sets would own the same nodes.
     LibT_Set(const LibT_Set&) = delete;
     LibT_Set& operator=(const LibT_Set&) = delete;
     ~LibT_Set() override { LibT_Set::Clear(); }
@@ -40,7 +41,7 @@ public:
     /// Takes neither stack nor memory by the tree's depth.
     void Clear() override;
 
-    /// Walks the whole tree and counts.
+    /// Walks the whole tree and counts. Takes stack for the nodes on its way down that have two subtrees.
     unsigned long long Get_Num_Elements() const override { return count(m_pRoot); }
 
     /// Puts the element in its place unless an equal one is there. Throws std::bad_alloc when memory is
@@ -79,6 +80,7 @@ class LibT_Set<T>::Iterator
 public:
     /// Stands at the end, as after Clear.
     Iterator() = default;
+    /// Not copied: a walk is for one to go.
     Iterator(const Iterator&) = delete;
     Iterator& operator=(const Iterator&) = delete;
     virtual ~Iterator() { Iterator::Clear(); }

@@ -40,7 +40,7 @@ inline constexpr DWORD CRYPT_STRING_HEXADDR = 0xA;             ///< as HEX, with
 inline constexpr DWORD CRYPT_STRING_HEXASCIIADDR = 0xB;
 inline constexpr DWORD CRYPT_STRING_HEXRAW = 0xC; ///< nothing but digits
 
-inline constexpr DWORD CRYPT_STRING_STRICT = 0x20000000; ///< to read: nothing that the writer would not write
+inline constexpr DWORD CRYPT_STRING_STRICT = 0x20000000; ///< to read: without the freedoms that reading gives
 inline constexpr DWORD CRYPT_STRING_NOCRLF = 0x40000000; ///< to write: all in one line, no line ends
 inline constexpr DWORD CRYPT_STRING_NOCR = 0x80000000;   ///< to write: line ends are LF instead of CR LF
 

@@ -23,6 +23,8 @@
 /// In no case does a plain image stay in the object, and a length in a damaged image counts only as far as
 /// the image reaches.
 ///
+/// A pointer that is given with a size is readable for that size; null goes with 0.
+///
 /// Several threads may read one object; who changes it needs it alone. Images are the process's, not the
 /// thread's.
 class LIB_API Lib_Protected_Buffer
@@ -88,11 +90,13 @@ protected:
     static void st_Prepare_Buffer_To_Encipher(const Lib_Buffer& Plain, Lib_Buffer& Image) noexcept;
 
     /// Makes Image the enciphered image of Plain; an empty Plain empties it. Image is empty when the cipher
-    /// is refused, and as it was when there is no memory or the image would have 4 GiB.
+    /// is refused, and as it was when there is no memory or the image would have 4 GiB. The two must not be
+    /// the same.
     static void st_Encipher_Data(const Lib_Buffer& Plain, Lib_Buffer& Image) noexcept;
 
     /// Makes Plain the plain bytes of an image; an empty Image empties it. An Image whose size is no multiple
-    /// of 16, or which cannot be deciphered, or whose length reaches beyond it, leaves Plain as it was.
+    /// of 16, or which cannot be deciphered, or whose length reaches beyond it, leaves Plain as it was. The
+    /// two may be the same.
     static void st_Decipher_Data(const Lib_Buffer& Image, Lib_Buffer& Plain) noexcept;
 
     /// The last step of it: takes the plain bytes out of a deciphered image.

@@ -60,8 +60,8 @@ extern "C"
 }
 
 /// Appends a label entry to a list, whose revision goes up to `revision`. 1337 for a label that is no valid
-/// SID, 87 for unknown bits of `policy` or `flags`, 1306 for a revision above 4, 1336 for a list that is not
-/// valid, 1344 when it has no room.
+/// SID, 87 for a null list and for unknown bits of `policy` or `flags`, 1306 for a revision above 4, 1336 for
+/// a list that is not valid, 1344 when it has no room.
 BOOL AddMandatoryAce(PACL acl, DWORD revision, DWORD flags, DWORD policy, PSID label)
 {
     const SID* const sid = static_cast<const SID*>(label);
