@@ -1,29 +1,23 @@
+#include "byte_text.h"
 #include "failing_allocator.h"
-#include "lib_foundation.h"
 #include "lib_platform.h"
 #include "lib_protected.h"
+#include "lib_strings.h"
+#include "test_text.h"
 
 #include <gtest/gtest.h>
 
+#include <new>
+#include <optional>
 #include <string>
 
 using test_support::Fail_Each_Allocation;
 using test_support::Failing_Allocation;
+using test_support::To_Buffer;
+using test_support::To_Text;
 
 namespace
 {
-
-Lib_Buffer To_Buffer(const std::string& text)
-{
-    Lib_Buffer buffer;
-    buffer.Attach_Copy(text.data(), text.size());
-    return buffer;
-}
-
-std::string To_Text(const Lib_Buffer& buffer)
-{
-    return {static_cast<const char*>(buffer.Get_Ptr()), static_cast<std::size_t>(buffer.Get_Size())};
-}
 
 /// What loads the cipher has been paid for before anything fails.
 void Warm_Up() { EXPECT_EQ("x", To_Text(Lib_Protected_Buffer(1, "x"))); }
@@ -51,7 +45,93 @@ void Check(const std::string& failed, const std::string& result, Change change)
     EXPECT_GT(nFailures, 0u);
 }
 
+std::string Read(const Lib_Protected_Buffer& buffer) { return To_Text(buffer); }
+
+std::string Read(const Lib_Protected_String& secret)
+{
+    const Lib_StringA strText(secret.Get_String());
+    return {strText.GetA(), strText.GetA() + strText.Get_Length()}; // an empty one has a null pointer
+}
+
+/// Makes an object of the arguments while each allocation fails in turn: it is empty then, or has the
+/// content.
+template <class Class, class... Arguments>
+void Check_New(const std::string& content, const Arguments&... arguments)
+{
+    Warm_Up();
+    const unsigned int nFailures = test_support::Fail_Each_Allocation_Without_Loss(
+        [&](unsigned int nNth)
+        {
+            std::optional<Class> made;
+            bool bFailed = false;
+            {
+                const Failing_Allocation failure(nNth);
+                made.emplace(arguments...);
+                bFailed = failure.Has_Failed();
+            }
+            EXPECT_EQ(bFailed ? "" : content, Read(*made));
+            return bFailed;
+        });
+    EXPECT_GT(nFailures, 0u);
+}
+
 } // namespace
+
+TEST(Protected_Allocation, A_New_Object_Has_Nothing_Or_All)
+{
+    const std::string content = "in more than one block of the cipher";
+    const Lib_Buffer plain = To_Buffer(content);
+    Check_New<Lib_Protected_Buffer>(content, plain);
+    Check_New<Lib_Protected_Buffer>(content, content.size(), content.data());
+    Check_New<Lib_Protected_Buffer>(content, Lib_Protected_Buffer(plain));
+    const Lib_String strText(content.c_str());
+    Check_New<Lib_Protected_String>(content, strText);
+    Check_New<Lib_Protected_String>(content, Lib_Protected_String(strText));
+}
+
+TEST(Protected_Allocation, A_String_Is_Replaced_And_Read_Whole_Or_Not_At_All)
+{
+    Warm_Up();
+    const Lib_String strBefore(L"before");
+    const Lib_String strAfter(L"after, and in more than one block");
+    const Lib_Protected_String source(strAfter);
+    for (const bool bCopy : {false, true})
+    {
+        const unsigned int nFailures = Fail_Each_Allocation(
+            [&](unsigned int nNth)
+            {
+                Lib_Protected_String secret(strBefore);
+                bool bFailed = false;
+                {
+                    const Failing_Allocation failure(nNth);
+                    bCopy ? secret = source : secret = strAfter;
+                    bFailed = failure.Has_Failed();
+                }
+                const Lib_String strLeft = bCopy ? strBefore : Lib_String();
+                EXPECT_TEXT_EQ(bFailed ? strLeft : strAfter, secret.Get_String());
+                return bFailed;
+            });
+        EXPECT_GT(nFailures, 0u);
+    }
+    EXPECT_EQ(3u, Fail_Each_Allocation(
+                      [&](unsigned int nNth)
+                      {
+                          Lib_String strRead;
+                          bool bFailed = false;
+                          try
+                          {
+                              const Failing_Allocation failure(nNth);
+                              strRead = source.Get_String();
+                              bFailed = failure.Has_Failed();
+                          }
+                          catch (const std::bad_alloc&)
+                          {
+                              bFailed = true;
+                          }
+                          EXPECT_TEXT_EQ(bFailed ? Lib_String() : strAfter, strRead);
+                          return bFailed;
+                      }));
+}
 
 TEST(Protected_Allocation, Replacing_The_Content_Leaves_Nothing_Or_All)
 {
