@@ -1,4 +1,4 @@
-#include "lib_foundation.h"
+#include "byte_text.h"
 #include "lib_platform.h"
 #include "lib_protected.h"
 #include "platform/crypt/cipher_calls.h"
@@ -9,6 +9,9 @@
 #include <string>
 
 // A cipher that refuses: never is a plain image left, and never is what was not deciphered taken for content.
+
+using test_support::To_Buffer;
+using test_support::To_Text;
 
 namespace
 {
@@ -22,18 +25,6 @@ public:
     using Lib_Protected_Buffer::st_Decipher_Data;
     using Lib_Protected_Buffer::st_Encipher_Data;
 };
-
-Lib_Buffer To_Buffer(const std::string& text)
-{
-    Lib_Buffer buffer;
-    buffer.Attach_Copy(text.data(), text.size());
-    return buffer;
-}
-
-std::string To_Text(const Lib_Buffer& buffer)
-{
-    return {static_cast<const char*>(buffer.Get_Ptr()), static_cast<std::size_t>(buffer.Get_Size())};
-}
 
 BOOL Refuse(LPVOID, DWORD, DWORD)
 {

@@ -2,9 +2,10 @@
 #define QNLIB_TESTS_KERNEL_PROBES_H
 
 #include "lib_kernel.h"
+#include "other_thread.h"
 
 #include <gtest/gtest.h>
-#include <thread>
+
 #include <utility>
 
 /// A class of the library that counts its flushes.
@@ -76,14 +77,7 @@ inline bool Are_One_Event(void* hOne, void* hOther)
     return bOne && WaitForSingleObject(hOther, 0) == WAIT_TIMEOUT;
 }
 
-/// What a call answers on a thread of its own, which has ended then.
-template <class Call>
-auto On_Other_Thread(const Call& call)
-{
-    decltype(call()) answer{};
-    std::thread([&] { answer = call(); }).join();
-    return answer;
-}
+using test_support::On_Other_Thread;
 
 /// A name that no other object of the machine has.
 inline Lib_String Fresh_Name() { return Lib_Synchro().Set_Unique_Name(false); }

@@ -2,6 +2,7 @@
 #define QNLIB_TEST_WIN32_THREADS_H
 
 #include "lib_platform.h"
+#include "other_thread.h"
 
 #include <gtest/gtest.h>
 
@@ -59,15 +60,6 @@ inline void Let_Fall_Asleep(const std::atomic<int>& arrived, int threads)
         std::this_thread::yield();
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(150));
-}
-
-/// What the function answers on a thread of its own, which has ended then.
-template <class Function>
-auto On_Other_Thread(const Function& function)
-{
-    decltype(function()) answer{};
-    std::thread([&] { answer = function(); }).join();
-    return answer;
 }
 
 /// The last error of an operation that must fail.

@@ -1,5 +1,6 @@
 #include "lib_platform.h"
 #include "protected_probe.h"
+#include "sanitizers.h"
 
 #include <gtest/gtest.h>
 
@@ -18,15 +19,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-// Where the key and plain bytes are not. A sanitizer's address space is too large to be searched.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define SKIP_WITH_SANITIZER() GTEST_SKIP() << "the sanitizer's memory is too large to be searched"
-#else
-#define SKIP_WITH_SANITIZER() static_assert(true)
-#endif
+// Where the key and plain bytes are not.
 
 namespace
 {
+
+constexpr bool TOO_LARGE_TO_SEARCH =
+    test_support::With_Address_Sanitizer || test_support::With_Thread_Sanitizer;
 
 struct Mapping
 {
@@ -95,7 +94,8 @@ void Use_The_Cipher()
 
 TEST(Key_Memory, Is_Left_Out_Of_Dumps_And_Has_No_Copy)
 {
-    SKIP_WITH_SANITIZER();
+    if (TOO_LARGE_TO_SEARCH)
+        GTEST_SKIP() << "a sanitizer's address space";
     Use_The_Cipher();
     std::thread(Use_The_Cipher).join();
     const std::vector<Mapping> mappings = Mappings();
@@ -117,7 +117,8 @@ TEST(Key_Memory, Is_Left_Out_Of_Dumps_And_Has_No_Copy)
 
 TEST(Key_Memory, Is_In_No_Core_Dump)
 {
-    SKIP_WITH_SANITIZER();
+    if (TOO_LARGE_TO_SEARCH)
+        GTEST_SKIP() << "a sanitizer's address space";
     Use_The_Cipher();
     const std::string_view key = Find_Key(Mappings());
     ASSERT_FALSE(key.empty());

@@ -1,10 +1,11 @@
 #ifndef QNLIB_TEST_PROTECTED_PROBE_H
 #define QNLIB_TEST_PROTECTED_PROBE_H
 
-#include "lib_foundation.h"
+#include "byte_text.h"
 #include "lib_protected.h"
 
-#include <string>
+using test_support::To_Buffer;
+using test_support::To_Text;
 
 // A protected buffer that shows its image and the operations for derived classes.
 class Open_Buffer : public Lib_Protected_Buffer
@@ -21,17 +22,5 @@ public:
     using Lib_Protected_Buffer::st_Extract_Data_From_Deciphered_Buffer;
     using Lib_Protected_Buffer::st_Prepare_Buffer_To_Encipher;
 };
-
-inline Lib_Buffer To_Buffer(const std::string& text)
-{
-    Lib_Buffer buffer;
-    buffer.Attach_Copy(text.data(), text.size());
-    return buffer;
-}
-
-inline std::string To_Text(const Lib_Buffer& buffer)
-{
-    return {static_cast<const char*>(buffer.Get_Ptr()), static_cast<std::size_t>(buffer.Get_Size())};
-}
 
 #endif
