@@ -1,0 +1,119 @@
+#include "lib_environment.h"
+#include "lib_foundation.h"
+#include "session.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <map>
+#include <thread>
+#include <vector>
+
+namespace
+{
+
+/// What the callbacks keep of a session. The manager's lock guards it, but for the users.
+struct State
+{
+    unsigned int m_dwSession = 0;
+    bool m_bLives = false;
+    std::atomic<int> m_nUsers = 0;
+};
+
+struct Counts
+{
+    std::map<unsigned int, State> m_States; // by session
+    unsigned long long m_nCreated = 0;
+    unsigned long long m_nFreed = 0;
+    unsigned long long m_nRefused = 0;
+    unsigned long long m_nAsked = 0;
+};
+Counts s_Counts; // guarded by the manager's lock
+
+void* create(Lib_Environment* pEnvironment, Lib_Result&)
+{
+    const unsigned int nSession = pEnvironment->Get_Environment_Params()->Get_Session_ID();
+    State& state = s_Counts.m_States[nSession];
+    EXPECT_FALSE(std::exchange(state.m_bLives, true)) << "the session has an environment already";
+    state.m_dwSession = nSession;
+    ++s_Counts.m_nCreated;
+    return &state;
+}
+
+bool free(void* pData, Lib_Result&)
+{
+    State& state = *static_cast<State*>(pData);
+    EXPECT_TRUE(std::exchange(state.m_bLives, false));
+    EXPECT_EQ(0, state.m_nUsers);
+    ++s_Counts.m_nFreed;
+    return true;
+}
+
+/// Every third time it is not ready.
+bool ready(void*)
+{
+    const bool bRefuses = ++s_Counts.m_nAsked % 3 == 0;
+    s_Counts.m_nRefused += bRefuses;
+    return !bRefuses;
+}
+
+/// One thread's work of a session.
+void work(Lib_Environment_Manager& manager, unsigned int nSession)
+{
+    const Session client(nSession);
+    Lib_Result result;
+    ASSERT_TRUE(manager.Establish_Environment(result));
+    Lib_Environment* const pEnvironment = manager.Get_Environment(result);
+    auto* const pState = static_cast<State*>(manager.Get_User_Data(result));
+    ASSERT_NE(nullptr, pState);
+    ASSERT_EQ(pState, pEnvironment->Get_User_Data());
+    ASSERT_EQ(pState->m_dwSession, pEnvironment->Get_Environment_Params()->Get_Session_ID());
+    ++pState->m_nUsers;
+    ASSERT_LE(1u, pEnvironment->Get_Usage_Counter());
+    ASSERT_LE(1, pState->m_nUsers--);
+    ASSERT_TRUE(manager.Release_Environment(pEnvironment, result));
+}
+
+TEST(Environment_Threads, Share_The_Environments_Of_Their_Sessions)
+{
+    s_Counts = Counts();
+    Lib_Environment_Manager manager(create, free, nullptr, ready);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(1);
+    std::atomic<unsigned long long> nRounds = 0;
+    std::vector<std::thread> threads;
+    for (unsigned int nThread = 0; nThread < 8; ++nThread)
+        threads.emplace_back(
+            [&, nThread]
+            {
+                for (unsigned int i = nThread; std::chrono::steady_clock::now() < end; ++i, ++nRounds)
+                    work(manager, i % 3 + 1);
+            });
+    for (std::thread& thread : threads)
+        thread.join();
+
+    static std::vector<Lib_Environment*> s_Left;
+    s_Left.clear();
+    manager.Enum_Environments(
+        [](Lib_Environment* pEnvironment, long long)
+        {
+            s_Left.push_back(pEnvironment);
+            return true;
+        },
+        0);
+    for (Lib_Environment* const pEnvironment : s_Left)
+    {
+        EXPECT_EQ(0u, pEnvironment->Get_Usage_Counter());
+        Lib_Result result;
+        while (manager.Is_Valid_Environment(pEnvironment)) // refused once at most
+            EXPECT_TRUE(manager.Check_Environment_And_Release(pEnvironment, result));
+    }
+    EXPECT_LT(100u, nRounds);
+    EXPECT_LT(0u, s_Counts.m_nCreated);
+    EXPECT_EQ(s_Counts.m_nCreated, s_Counts.m_nFreed);
+    EXPECT_EQ(s_Counts.m_nAsked, s_Counts.m_nFreed + s_Counts.m_nRefused);
+    for (const auto& [nSession, state] : s_Counts.m_States)
+        EXPECT_FALSE(state.m_bLives) << "session " << nSession;
+}
+
+} // namespace
