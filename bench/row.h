@@ -66,5 +66,6 @@ void Add_Conversion_Rows();
 void Add_Secret_Rows();
 void Add_Kernel_Rows();
 void Add_Date_Rows();
+void Add_Environment_Rows();
 
 #endif
