@@ -45,7 +45,35 @@ Object_Reference get_Own_Thread_Object()
     return Get_Thread_Object(*pSelf);
 }
 
+/// Find_Object for a handle of the table.
+Object_Reference find_By_Value(HANDLE handle, Kind kind, DWORD access)
+{
+    const Look look = Look_Up(handle);
+    const DWORD dwError = Check_Look(look, kind, access);
+    if (dwError != ERROR_SUCCESS)
+    {
+        Fail(dwError);
+        return {};
+    }
+    Object_Reference object = Get_Reference(look);
+    if (!object)
+    {
+        Fail(ERROR_INVALID_HANDLE);
+    }
+    return object;
+}
+
 } // namespace
+
+bool Check_Handle(HANDLE handle, Kind kind, DWORD access)
+{
+    if (Is_Pseudo(handle))
+    {
+        return static_cast<bool>(Find_Object(handle, kind, access));
+    }
+    const DWORD dwError = Check_Look(Look_Up(handle), kind, access);
+    return dwError == ERROR_SUCCESS || Fail(dwError);
+}
 
 bool Is_Pseudo(HANDLE handle) { return handle == GetCurrentProcess() || handle == GetCurrentThread(); }
 
@@ -73,6 +101,10 @@ Found Find_Any(HANDLE handle)
 
 Object_Reference Find_Object(HANDLE handle, Kind kind, DWORD access)
 {
+    if (!Is_Pseudo(handle) && kind != Kind::Any)
+    {
+        return find_By_Value(handle, kind, access);
+    }
     Found found = Find_Any(handle);
     if (!found.object)
     {

@@ -23,31 +23,31 @@ constexpr DWORD PROCESS_DUP_HANDLE = 0x40;
 
 /// For tokens a duplicate has no right that its source lacks: a token may have been made for some rights
 /// only.
-bool can_Be_Granted(Kind kind, DWORD wanted, DWORD held)
+bool can_Be_Granted(const Found& source, DWORD wanted)
 {
-    return kind != Kind::Token || (wanted & ~held) == 0;
+    return (wanted & ~source.access) == 0 || Get_Kind(*source.object) != Kind::Token;
 }
 
 DWORD get_Wanted_Access(const Found& source, DWORD access, DWORD options)
 {
-    const Kind kind = Get_Kind(*source.object);
     if ((options & DUPLICATE_SAME_ACCESS) != 0)
     {
         return source.access;
     }
+    const Kind kind = Get_Kind(*source.object);
     return kind == Kind::Token && (access & MAXIMUM_ALLOWED) != 0 ? source.access : Map_Access(kind, access);
 }
 
 /// False, with the last error, for what is no handle to this process that allows duplication.
 bool is_This_Process(HANDLE process)
 {
-    return process == GetCurrentProcess() || Find_Object(process, Kind::Process, PROCESS_DUP_HANDLE);
+    return process == GetCurrentProcess() || Check_Handle(process, Kind::Process, PROCESS_DUP_HANDLE);
 }
 
 BOOL duplicate(Found source, LPHANDLE target, DWORD access, BOOL inherit, DWORD options)
 {
     const DWORD dwWanted = get_Wanted_Access(source, access, options);
-    if (!can_Be_Granted(Get_Kind(*source.object), dwWanted, source.access))
+    if (!can_Be_Granted(source, dwWanted))
     {
         return Fail(ERROR_ACCESS_DENIED);
     }

@@ -43,9 +43,19 @@ class Object_Reference
 public:
     Object_Reference() = default;
     explicit Object_Reference(Object* adopted) : m_pObject(adopted) {}
-    Object_Reference(Object_Reference&& other) noexcept;
-    Object_Reference& operator=(Object_Reference&& other) noexcept;
-    ~Object_Reference();
+    Object_Reference(Object_Reference&& other) noexcept : m_pObject(other.Detach()) {}
+    Object_Reference& operator=(Object_Reference&& other) noexcept
+    {
+        std::swap(m_pObject, other.m_pObject);
+        return *this;
+    }
+    ~Object_Reference()
+    {
+        if (m_pObject != nullptr)
+        {
+            st_Release(*m_pObject);
+        }
+    }
 
     /// The reference is the caller's from now on.
     Object* Detach() { return std::exchange(m_pObject, nullptr); }
@@ -56,12 +66,17 @@ public:
     explicit operator bool() const { return m_pObject != nullptr; }
 
 private:
+    static void st_Release(Object& object);
+
     Object* m_pObject = nullptr;
 };
 
 /// The object behind a handle. Empty, with the last error 6 or 5, if the value is no handle, the object is of
 /// another kind, or the handle's mask lacks a bit of `access`. Knows the pseudo handles.
 Object_Reference Find_Object(HANDLE handle, Kind kind, DWORD access);
+
+/// The same for callers who need no more than to know it.
+bool Check_Handle(HANDLE handle, Kind kind, DWORD access);
 
 /// A local object that is a record of its maker's (a token): `destroy` is called with it when the last
 /// reference goes. Empty, last error 8, when memory is short; `destroy` has been called then.

@@ -91,24 +91,7 @@ Named_Object* Get_Named(const Object& object)
 
 void* Get_Record(const Object& object) { return object.record.load(std::memory_order_acquire); }
 
-Object_Reference::Object_Reference(Object_Reference&& other) noexcept
-    : m_pObject(std::exchange(other.m_pObject, nullptr))
-{
-}
-
-Object_Reference& Object_Reference::operator=(Object_Reference&& other) noexcept
-{
-    std::swap(m_pObject, other.m_pObject);
-    return *this;
-}
-
-Object_Reference::~Object_Reference()
-{
-    if (m_pObject != nullptr)
-    {
-        Release(*m_pObject);
-    }
-}
+void Object_Reference::st_Release(Object& object) { Release(object); }
 
 Object_Reference New_Object(std::uint32_t traits, std::uint32_t state)
 {

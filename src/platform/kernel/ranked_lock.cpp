@@ -1,14 +1,12 @@
 #include "platform/kernel/ranked_lock.h"
 
 #ifndef NDEBUG
+
 #include <cstdio>
 #include <cstdlib>
-#endif
 
 namespace qn_platform::kernel
 {
-
-#ifndef NDEBUG
 
 namespace
 {
@@ -18,7 +16,9 @@ constinit thread_local unsigned int g_nHeld = 0;
 
 unsigned int get_Bit(Lock_Rank rank) { return 1u << static_cast<unsigned int>(rank); }
 
-void note_Taken(Lock_Rank rank)
+} // namespace
+
+void Ranked_Lock::st_Note_Taken(Lock_Rank rank)
 {
     if (g_nHeld >= get_Bit(rank))
     {
@@ -29,32 +29,8 @@ void note_Taken(Lock_Rank rank)
     g_nHeld |= get_Bit(rank);
 }
 
-void note_Released(Lock_Rank rank) { g_nHeld &= ~get_Bit(rank); }
-
-} // namespace
-
-#else
-
-namespace
-{
-
-void note_Taken(Lock_Rank) {}
-void note_Released(Lock_Rank) {}
-
-} // namespace
-
-#endif
-
-void Ranked_Lock::lock()
-{
-    note_Taken(m_Rank);
-    m_Mutex.lock();
-}
-
-void Ranked_Lock::unlock()
-{
-    m_Mutex.unlock();
-    note_Released(m_Rank);
-}
+void Ranked_Lock::st_Note_Released(Lock_Rank rank) { g_nHeld &= ~get_Bit(rank); }
 
 } // namespace qn_platform::kernel
+
+#endif

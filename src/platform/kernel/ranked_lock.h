@@ -28,10 +28,26 @@ public:
     Ranked_Lock& operator=(const Ranked_Lock&) = delete;
 
     // As std::lock_guard wants them.
-    void lock();
-    void unlock();
+    void lock()
+    {
+        st_Note_Taken(m_Rank);
+        m_Mutex.lock();
+    }
+    void unlock()
+    {
+        m_Mutex.unlock();
+        st_Note_Released(m_Rank);
+    }
 
 private:
+#ifdef NDEBUG
+    static void st_Note_Taken(Lock_Rank) {}
+    static void st_Note_Released(Lock_Rank) {}
+#else
+    static void st_Note_Taken(Lock_Rank rank);
+    static void st_Note_Released(Lock_Rank rank);
+#endif
+
     std::mutex m_Mutex;
     Lock_Rank m_Rank;
 };

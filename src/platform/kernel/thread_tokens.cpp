@@ -28,12 +28,32 @@ bool find_Wanted(HANDLE handle, Object_Reference& token)
     return token && (Get_Token(*token).Can_Be_Borne() || Fail(ERROR_BAD_TOKEN_TYPE));
 }
 
+/// The token that the thread behind a handle bears, empty if it bears none. False, with the last error, if
+/// the handle does not let that be asked.
+bool get_Borne(HANDLE thread, Object_Reference& borne)
+{
+    const Look look = Look_Up(thread);
+    const Thread_Record* const pSelf = g_pCurrent_Thread;
+    if (look.object != nullptr && pSelf != nullptr && look.object == pSelf->object)
+    {
+        // A running thread keeps its own object.
+        borne = Get_Own_Token();
+        return (look.grant & THREAD_QUERY_INFORMATION) != 0 || Fail(ERROR_ACCESS_DENIED);
+    }
+    const Object_Reference object = Find_Object(thread, Kind::Thread, THREAD_QUERY_INFORMATION);
+    if (object)
+    {
+        borne = Get_Thread_State(*object).Get_Token();
+    }
+    return static_cast<bool>(object);
+}
+
 } // namespace
 
 BOOL OpenThreadToken(HANDLE thread, DWORD access, BOOL as_self, PHANDLE token)
 {
-    const Object_Reference object = Find_Object(thread, Kind::Thread, THREAD_QUERY_INFORMATION);
-    if (!object)
+    Object_Reference borne;
+    if (!get_Borne(thread, borne))
     {
         return FALSE;
     }
@@ -41,7 +61,6 @@ BOOL OpenThreadToken(HANDLE thread, DWORD access, BOOL as_self, PHANDLE token)
     {
         return Fail(ERROR_INVALID_PARAMETER);
     }
-    Object_Reference borne = Get_Thread_State(*object).Get_Token();
     if (!borne)
     {
         return Fail(ERROR_NO_TOKEN);

@@ -204,7 +204,7 @@ HANDLE open_Process_Token(DWORD access)
 
 BOOL OpenProcessToken(HANDLE process, DWORD access, PHANDLE token)
 {
-    if (!Find_Object(process, Kind::Process, PROCESS_QUERY_LIMITED_INFORMATION))
+    if (!Check_Handle(process, Kind::Process, PROCESS_QUERY_LIMITED_INFORMATION))
     {
         return FALSE;
     }
