@@ -24,6 +24,14 @@ bool free(void* pData, Lib_Result&)
 
 bool look(Lib_Environment*, long long) { return true; }
 
+/// Has the platform make what it keeps for this thread.
+void make_Lasting()
+{
+    Lib_Result result;
+    unsigned int nSession = 0;
+    EXPECT_TRUE(Acquire_Session_ID(nSession, result));
+}
+
 /// Whether another thread gets the lock: if not, this never returns.
 void expect_Unlocked(const Lib_Environment_Manager& manager)
 {
@@ -38,9 +46,7 @@ void expect_Unlocked(const Lib_Environment_Manager& manager)
 
 TEST(Environment_Allocation, The_Whole_Road_Loses_Nothing_And_Stays_Unlocked)
 {
-    Lib_Result ignored;
-    unsigned int nSession = 0;
-    EXPECT_TRUE(Acquire_Session_ID(nSession, ignored)); // what the platform keeps for a thread is made
+    make_Lasting();
     const unsigned int nFailures = Fail_Each_Allocation_Without_Loss(
         [](unsigned int nNth)
         {
@@ -84,6 +90,7 @@ TEST(Environment_Allocation, The_Whole_Road_Loses_Nothing_And_Stays_Unlocked)
 
 TEST(Environment_Allocation, Environments_Without_A_Callback_To_Free_Them_Are_Freed)
 {
+    make_Lasting();
     const long long nBefore = Outstanding_Bytes();
     {
         Lib_Environment_Manager manager(nullptr, nullptr, nullptr, nullptr);
