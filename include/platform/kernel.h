@@ -89,9 +89,9 @@ LIB_API BOOL SetHandleInformation(HANDLE handle, DWORD mask, DWORD flags);
 /// Creates an event, or opens the one of that name: then the last error is 183 and `manual_reset` and
 /// `initial_state` are ignored. A null or empty name makes an unnamed event. The last error is 0 after an
 /// object was made. 6 when the name belongs to another kind of object, 5 when the object is not open to the
-/// caller, 3 for a backslash behind the prefix, 123 for a prefix alone, 206 for a name of more than 260 units,
-/// 170 when another process holds the object's file for a second, 50 where the system has no named objects,
-/// 8 and 4 when memory or descriptors are short.
+/// caller, 3 for a backslash behind the prefix, 123 for a prefix alone, 206 for a name of more than 260
+/// units, 170 when another process holds the object's file for a second, 50 where the system has no named
+/// objects, 8 and 4 when memory or descriptors are short.
 ///
 /// A name beginning "Global\" reaches the whole machine, others (and "Local\") the caller's session.
 /// Attributes with a descriptor whose DACL is present and null open a named object to every user; null
