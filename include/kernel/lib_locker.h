@@ -46,8 +46,8 @@ private:
 ///     lock.Lock(INFINITE); if (lock.Get_Counter() == 1) stop(); lock.Decrease_And_Unlock();
 ///
 /// The count is 32 bits wide and each object's own: a copy takes it over once, though the lock is one. It
-/// means something only to those who have the lock: reading and setting it are single steps that never tear,
-/// but raising and lowering it are two.
+/// means something only to those who have the lock: reading, setting, raising and lowering it are single
+/// steps each, but what follows from them is not.
 class LIB_API Lib_Locker_With_Counter
 {
 public:

@@ -1,6 +1,7 @@
 #include "kernel/lib_locker.h"
 
-// The counter's order between threads comes from the lock, so all its accesses are relaxed.
+// Those who have the lock get the counter's order from it. One who sets it without the lock, a worker that
+// fails, publishes by it what it did before, and is not undone by an owner who raises or lowers it meanwhile.
 
 Lib_Locker::Lib_Locker() { m_Mutex.Create_Public_With_Unique_Name(true, false); }
 
@@ -52,26 +53,24 @@ bool Lib_Locker_With_Counter::Lock_And_Increase(unsigned long dwMilliseconds)
 {
     const unsigned long dwWait = m_Mutex.Wait(dwMilliseconds);
     const bool bHas_Lock = dwWait == WAIT_OBJECT_0 || dwWait == WAIT_ABANDONED;
-    const unsigned long dwCounter = Get_Counter();
-    if (bHas_Lock && dwCounter < 0xFFFFFFFF)
-        Set_Counter(dwCounter + 1);
+    unsigned int dwCounter = m_dwCounter;
+    while (bHas_Lock && dwCounter < 0xFFFFFFFF &&
+           !m_dwCounter.compare_exchange_weak(dwCounter, dwCounter + 1))
+        ;
     return dwWait == WAIT_OBJECT_0;
 }
 
 bool Lib_Locker_With_Counter::Decrease_And_Unlock()
 {
-    const unsigned long dwCounter = Get_Counter();
-    if (dwCounter != 0)
-        Set_Counter(dwCounter - 1);
+    unsigned int dwCounter = m_dwCounter;
+    while (dwCounter != 0 && !m_dwCounter.compare_exchange_weak(dwCounter, dwCounter - 1))
+        ;
     return m_Mutex.Release();
 }
 
-unsigned long Lib_Locker_With_Counter::Get_Counter() const
-{
-    return m_dwCounter.load(std::memory_order_relaxed);
-}
+unsigned long Lib_Locker_With_Counter::Get_Counter() const { return m_dwCounter; }
 
 void Lib_Locker_With_Counter::Set_Counter(unsigned long dwValue)
 {
-    m_dwCounter.store(static_cast<unsigned int>(dwValue), std::memory_order_relaxed);
+    m_dwCounter.store(static_cast<unsigned int>(dwValue), std::memory_order_release);
 }
