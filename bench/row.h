@@ -67,5 +67,6 @@ void Add_Secret_Rows();
 void Add_Kernel_Rows();
 void Add_Date_Rows();
 void Add_Environment_Rows();
+void Add_Thread_Rows();
 
 #endif

@@ -152,8 +152,8 @@ private:
     bool make_Run(Lib_Result& result);
     bool make_Worker(Lib_Result& result);
     bool wait_For_Start(Lib_Result& result);
-    bool take_Exit(unsigned long dwWait, Lib_Result& result);
-    unsigned long wait_For_End();
+    bool take_Exit(DWORD dwWait, Lib_Result& result);
+    DWORD wait_For_End();
     void await_Worker();
     void close_Events();
     bool has_Failed() const;

@@ -358,7 +358,7 @@ bool Lib_Monitor_Thread::stop_Work_Internal(Lib_Result& result)
 }
 
 /// What the end of the wait says of the stop; the events are made ready for the next run.
-bool Lib_Monitor_Thread::take_Exit(unsigned long dwWait, Lib_Result& result)
+bool Lib_Monitor_Thread::take_Exit(DWORD dwWait, Lib_Result& result)
 {
     DWORD dwExit_Code = IN_ORDER;
     if (dwWait == WAIT_THREAD && !GetExitCodeThread(m_hThread, &dwExit_Code))
