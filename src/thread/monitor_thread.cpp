@@ -382,7 +382,7 @@ bool Lib_Monitor_Thread::take_Exit(DWORD dwWait, Lib_Result& result)
 
 /// Waits until the worker says that it has finished (WAIT_OBJECT_0) or has ended without a word (the next
 /// number). A copy's worker sets the same event; that one does not count.
-unsigned long Lib_Monitor_Thread::wait_For_End()
+DWORD Lib_Monitor_Thread::wait_For_End()
 {
     const auto is_Over = [this] { return m_pRun == nullptr || m_pRun->m_bOver; };
     DWORD dwWait = WAIT_OBJECT_0;
