@@ -1,4 +1,5 @@
 #include "lib_thread.h"
+#include "platform/kernel/named_calls.h"
 #include "platform/kernel/object_layout.h"
 #include "platform/system_calls.h"
 
@@ -50,7 +51,7 @@ void End_Suspended_Threads()
     }
 }
 
-/// Thread creation that succeeds, and leaves a thread that can't be resumed.
+/// Thread creation that succeeds, and leaves a thread that never runs.
 int Create_And_End(pthread_t* thread, const pthread_attr_t* attributes, void* (*start)(void*), void* argument)
 {
     const int error = pthread_create(thread, attributes, start, argument);
@@ -132,7 +133,8 @@ TEST_F(Monitor_Thread_Leaves, Nothing_When_No_Thread_Is_To_Be_Had)
     qn_platform::system_calls.create_thread = Create_And_End;
     m_Result.Reset_Result();
     EXPECT_FALSE(monitor.Start(m_Result));
-    EXPECT_NE(1008U, m_Result.Get_Result_Code()) << "it can't be resumed";
+    EXPECT_EQ(Lib_Result(ERROR_NO_TOKEN, 1), m_Result)
+        << "a worker that ends too soon is no failure of a call";
     EXPECT_FALSE(monitor.Is_Active());
     EXPECT_TRUE(monitor.Stop(m_Result)) << "nobody uses it";
 
@@ -140,4 +142,23 @@ TEST_F(Monitor_Thread_Leaves, Nothing_When_No_Thread_Is_To_Be_Had)
     EXPECT_TRUE(monitor.Start(m_Result));
     EXPECT_TRUE(monitor.Stop(m_Result));
     EXPECT_TRUE(monitor.Free(m_Result)) << "no handle was left over";
+}
+
+TEST_F(Monitor_Thread_Leaves, Nothing_To_Do_Without_A_Lock)
+{
+    const Named_Calls saved = named_calls;
+    named_calls.open_file = [](const char*, int, mode_t)
+    {
+        errno = ENOSPC;
+        return -1;
+    };
+    Lib_Monitor_Thread monitor;
+    named_calls = saved;
+    EXPECT_FALSE(monitor.Init(nullptr, fail, nullptr, nullptr, note, nullptr, nullptr, m_Result, 0));
+    EXPECT_TRUE(m_Result.Is_Success());
+    EXPECT_FALSE(monitor.Start(m_Result));
+    EXPECT_EQ(Lib_Result(ERROR_INVALID_HANDLE, 1), m_Result);
+    EXPECT_FALSE(monitor.Stop(m_Result));
+    EXPECT_FALSE(monitor.Free(m_Result));
+    EXPECT_FALSE(monitor.Is_Active());
 }
