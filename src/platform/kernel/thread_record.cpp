@@ -24,10 +24,6 @@ constinit Ranked_Lock g_Records_Lock{Lock_Rank::Records};
 namespace
 {
 
-/// What stands behind the thread's object, noted where checkers for leaks look: the main thread never gives
-/// it back, and they do not look into the memory of objects.
-constinit thread_local void* volatile g_pOwn_State = nullptr;
-
 // Guarded by the lock of the records.
 constinit Thread_Record* g_pFree = nullptr;
 constinit std::atomic<Thread_Record*> g_pAll{nullptr}; // only where it is changed
@@ -123,6 +119,7 @@ void start_Afresh(Thread_Record& record)
     record.owned_named = nullptr;
     record.robust_head = nullptr;
     record.object = nullptr;
+    record.state = nullptr;
     record.in_use.store(nullptr, std::memory_order_relaxed);
     record.hears_faults = false;
     record.exit_code = 0;
@@ -181,7 +178,7 @@ Object_Reference Get_Thread_Object(Thread_Record& self)
         {
             return {};
         }
-        g_pOwn_State = Get_Record(*self.object);
+        self.state = Get_Record(*self.object);
     }
     return Share(*self.object);
 }

@@ -26,6 +26,7 @@ struct alignas(64) Thread_Record
     Named_Object* owned_named = nullptr; // named mutexes owned by this thread; touched by it alone
     void* robust_head = nullptr; // the thread's robust list head in the C library, found at first need
     Object* object = nullptr;    // what handles to this thread stand for, with a reference; null until asked
+    void* state = nullptr;       // behind that object: noted for leak checkers, which don't look there
     std::atomic<const Object*> in_use{nullptr}; // what the thread works with just now (named_use.h)
     bool hears_faults = false;                  // SIGBUS is not blocked in it (page_guard.h)
     std::uint32_t exit_code = 0;
