@@ -15,9 +15,10 @@ public:
 
     Lib_String Write(const Lib_DateTime& When) const { return When.Format(0, m_nLocale, m_bLocal); }
 
-    /// None for a text that is no date in the locale, a time alone among them, and for a local time that the
-    /// platform cannot convert, such as one before 1601. 30 December 1899 counts as a time alone.
-    std::optional<Lib_DateTime> Read(const Lib_String& strText) const
+    /// The value of a Lib_DateTime. None for a text that is no date in the locale, a time alone among them,
+    /// and for a local time that the platform cannot convert, such as one before 1601. 30 December 1899
+    /// counts as a time alone.
+    std::optional<double> Read(const Lib_String& strText) const
     {
         constexpr unsigned long DATE_ALONE = 2; // the platform's flag
         Lib_DateTime Date;
@@ -25,10 +26,8 @@ public:
         if (!Date.Parse_Date_Time(strText, DATE_ALONE, m_nLocale, false) || Date == Lib_DateTime() ||
             !Result.Parse_Date_Time(strText, 0, m_nLocale, false))
             return std::nullopt;
-        if (!m_bLocal)
-            return Result;
-        const Lib_DateTime System = Result.Get_System();
-        return System != Lib_DateTime() ? std::optional(System) : std::nullopt;
+        const Lib_DateTime System = m_bLocal ? Result.Get_System() : Result;
+        return System != Lib_DateTime() ? std::optional<double>(System) : std::nullopt;
     }
 
 private:

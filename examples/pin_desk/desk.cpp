@@ -114,7 +114,7 @@ Answer Desk::show(const Request& request) const
     Lib_String strText;
     strText.Format(L"%s, badge %s, %s", card.m_strOwner.GetW(), strBadge.GetW(), describe_Tries(card).GetW());
     if (card.m_Until)
-        strText += L", until " + m_Clock.Write(*card.m_Until);
+        strText += L", until " + m_Clock.Write(Lib_DateTime(*card.m_Until, false));
     return make_Answer(true, strText);
 }
 
@@ -163,7 +163,7 @@ bool Desk::verify(const Request& request, Answer& Refusal)
         return false;
     }
     Card& card = found->second;
-    if (card.m_Until && static_cast<double>(*card.m_Until) < Lib_DateTime::Get_Current())
+    if (card.m_Until && *card.m_Until < Lib_DateTime::Get_Current())
     {
         Refusal = make_Answer(false, L"the card has expired");
         return false;

@@ -32,8 +32,8 @@ private:
         Lib_String m_strOwner;
         Lib_Protected_String m_Pin;
         Lib_Buffer m_Badge;
-        std::optional<Lib_DateTime> m_Until; ///< none means for ever
-        unsigned int m_nTries_Left = 0;      ///< 0 means blocked
+        std::optional<double> m_Until;  ///< none means for ever
+        unsigned int m_nTries_Left = 0; ///< 0 means blocked
     };
 
     Answer store(const Request& request);

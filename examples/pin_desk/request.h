@@ -43,8 +43,8 @@ struct Request
     Lib_Protected_String m_Pin;
     Lib_Protected_String m_New_Pin;
     Lib_Buffer m_Badge;
-    Lib_String m_strUntil;               ///< as the client wrote it
-    std::optional<Lib_DateTime> m_Until; ///< system time; none without m_strUntil
+    Lib_String m_strUntil;         ///< as the client wrote it
+    std::optional<double> m_Until; ///< system time; none without m_strUntil
 };
 
 /// Reads a line such as `op=store card=0001 owner=Anna Ivanova pin=3441`. False for a malformed one, with
