@@ -49,8 +49,8 @@ TEST(Protected_Buffer, Gives_Back_What_It_Was_Given)
     for (std::size_t nSize = 0; nSize < 400; nSize += 1 + random() % 5)
     {
         std::string bytes(nSize, '\0');
-        for (char& byte : bytes)
-            byte = static_cast<char>(random());
+        for (char& character : bytes)
+            character = static_cast<char>(random());
         const Lib_Protected_Buffer buffer(bytes.size(), bytes.data());
         ASSERT_EQ(bytes, Read(buffer));
         ASSERT_EQ(bytes, Read(To_Buffer(bytes)));

@@ -138,8 +138,8 @@ TEST(Text_Utilities, Hex_Text_Is_Written_And_Read)
     for (std::size_t nSize = 1; nSize < 300; nSize += 1 + nSize / 9)
     {
         Bytes bytes(nSize);
-        for (unsigned char& byte : bytes)
-            byte = static_cast<unsigned char>(random.Below(256));
+        for (unsigned char& character : bytes)
+            character = static_cast<unsigned char>(random.Below(256));
         EXPECT_EQ(bytes, Read(Written(bytes, 0), 0));
         EXPECT_EQ(bytes, Read(Written(bytes, L'-'), L'-'));
         Lib_String strFaulty = Written(bytes, 0);
