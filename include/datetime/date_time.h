@@ -38,7 +38,8 @@ public:
 
     /// Seconds since 1970, UTC, from -43200 up to but not including 32536846800 (which is in the year 3001;
     /// the platform of the other target may end up to 14 hours before that and refuse what is negative). 0.0
-    /// for others, in an assignment too.
+    /// for others, in an assignment too. A plain number means this always, a double too, which loses its
+    /// fraction: for a value in days write Lib_DateTime(value, false).
     Lib_DateTime(long long nTime);
 
     const Lib_DateTime& operator=(const Lib_DateTime& source)
@@ -87,9 +88,9 @@ public:
 
     /// Reads a text in the customs of a locale: date, time or both, in any of the forms that the platform
     /// knows. `nFlags` are those of the platform: 1 takes the time of day alone, 2 the date alone, 0x80000000
-    /// leaves out what the user changed in the locale's customs. False for a text that is no date, which
-    /// makes the value 0.0; other failures, such as a locale or flags that the platform refuses, keep it.
-    /// `bLocal` has no effect.
+    /// leaves out what the user changed in the locale's customs. docs/dates.md tells the forms. False for a
+    /// text that is no date, which makes the value 0.0; other failures, such as a locale or flags that the
+    /// platform refuses, keep it. `bLocal` has no effect.
     virtual bool Parse_Date_Time(const wchar_t* pText, unsigned long nFlags, unsigned long nLocale,
                                  bool bLocal);
 
@@ -125,7 +126,8 @@ public:
     bool operator!=(const Lib_DateTime& other) const { return !(*this == other); }
 
     /// Add to and subtract from this object, all four of them: the operators of two operands change the left
-    /// one too.
+    /// one too. `date += Lib_DateTime(1.0, false)` goes on by a day; `date += 1` adds a time_t. A constant
+    /// left operand takes no part: the sum is then one of plain doubles.
     const Lib_DateTime& operator+=(const Lib_DateTime& other)
     {
         m_dtValue += other.m_dtValue;

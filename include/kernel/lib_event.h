@@ -31,7 +31,8 @@ public:
 
     /// Closes the handle held, then opens an event by the name, which the object keeps; null opens by the
     /// name held. False, without asking the platform, when that is empty. The name may be the object's own
-    /// text. On failure the object is left without a handle.
+    /// text. `dwAccess` is EVENT_ALL_ACCESS, or of SYNCHRONIZE to wait and EVENT_MODIFY_STATE to signal. On
+    /// failure, 2 for a name that nobody has, the object is left without a handle.
     bool Open(const wchar_t* pName, unsigned long dwAccess, bool bInherit);
 
     /// Signal the event, reset it, or release those who wait at this moment and leave it reset. False for an

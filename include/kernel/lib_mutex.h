@@ -32,7 +32,8 @@ public:
 
     /// Closes the handle held, then opens a mutex by the name, which the object keeps; null opens by the
     /// name held. False, without asking the platform, when that is empty. The name may be the object's own
-    /// text. On failure the object is left without a handle.
+    /// text. `dwAccess` is MUTEX_ALL_ACCESS, or SYNCHRONIZE to wait alone. On failure, 2 for a name that
+    /// nobody has, the object is left without a handle.
     bool Open(const wchar_t* pName, unsigned long dwAccess, bool bInherit);
 
     /// Gives back one lock of the calling thread. False when it has none, and for an empty object, without

@@ -22,7 +22,9 @@ LIB_API bool base64_encode(const Lib_Buffer& Input, Lib_Buffer& Output, unsigned
 LIB_API bool base64_encode(const unsigned char* pData, unsigned long long nSize, Lib_Buffer& Output,
                            unsigned long nFlags);
 
-/// The output becomes exactly the bytes. A NUL is no part of a text: one at its end must be left out.
+/// The output becomes exactly the bytes. A NUL is no part of a text: the one that base64_encode puts at the
+/// end must be left out (`text.Set_Size(text.Get_Size() - 1)`), or the platform refuses the text with 13
+/// unless padding ended it before.
 LIB_API bool base64_decode(const Lib_Buffer& Input, Lib_Buffer& Output, unsigned long nFlags);
 LIB_API bool base64_decode(const std::string& strInput, Lib_Buffer& Output, unsigned long nFlags);
 

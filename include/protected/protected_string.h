@@ -10,7 +10,9 @@
 ///
 /// Failures are those of Lib_Protected_Buffer, which leave the object empty (as it was, if it should become a
 /// copy of another one) or give an empty text; besides them std::bad_alloc can leave Get_String, which makes
-/// a string. Nothing is wiped. Several threads may read one object; who changes it needs it alone.
+/// a string. There is no comparison: compare what Get_String gives, which is empty when the text was and
+/// after every failure; so refuse an empty entry before. Nothing is wiped. Several threads may read one
+/// object; who changes it needs it alone.
 class LIB_API Lib_Protected_String
 {
 public:
