@@ -32,17 +32,20 @@ struct Start
 void run_Procedure(const Start& start)
 {
     Thread_Record& self = *start.record;
-    switch (start.state->Wait_For_Launch())
+    const Launch launch = start.state->Wait_For_Launch();
+    if (launch == Launch::Forsaken)
     {
-    case Launch::Forsaken:
         delete start.state;
-        break;
-    case Launch::Cancelled:
-        self.object = start.object;
+        return;
+    }
+    self.object = start.object;
+    self.state = start.state;
+    if (launch == Launch::Cancelled)
+    {
         self.exit_code = start.state->Get_Cancel_Code();
-        break;
-    default:
-        self.object = start.object;
+    }
+    else
+    {
         const unsigned int code = start.work.procedure(start.work.argument);
         if (g_pCurrent_Thread == &self) // in a child that the procedure forked it is another thread's
         {
