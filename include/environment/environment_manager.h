@@ -17,23 +17,21 @@ class Lib_Result;
 /// An environment belongs to a caller if the caller's Lib_Environment_Params, on the left, equal its own; the
 /// first one in the set's order of walking is taken.
 ///
-/// | state of an environment | on Establish_Environment | on the last Release_Environment or a check at 0  |
-/// |--------------------------|--------------------------|---------------------------------------------------|
-/// | not there                | made, one user           | refused | | in use                   | one user
-/// more            | one user less; at 0 as below                      | | no user, kept            | one
-/// user, its data kept  | `prepare`, then `ready`: kept, or freed and gone  |
+/// | state of an environment | Establish_Environment   | the last Release_Environment, a check at 0       |
+/// |-------------------------|-------------------------|--------------------------------------------------|
+/// | not there               | made, one user          | refused                                          |
+/// | in use                  | one user more           | one user less; at 0 as below                     |
+/// | no user, kept           | one user, its data kept | `prepare`, then `ready`: kept, or freed and gone |
 ///
 /// The four callbacks run on the thread that called the manager, with its lock held. Each may be null, and is
 /// left out then.
 ///
-/// | callback | given               | when                                    | its answer |
-/// |----------|---------------------|-----------------------------------------|-------------------------------|
-/// | create   | environment, result | for a new environment, before others    | the user data; null is a | |
-/// |                     | can find it                             | failure, with its result      | |
-/// prepare  | user data           | each time the last user is found gone   | does not count                |
-/// | ready    | user data           | directly after `prepare`                | false keeps the environment |
-/// | free     | user data (or       | when an environment is removed, and for | false makes that check's | |
-/// | null), result       | each one left when the manager goes     | answer false; it goes anyway  |
+/// | callback | given               | when                                       | its answer              |
+/// |----------|---------------------|--------------------------------------------|-------------------------|
+/// | create   | environment, result | for a new environment, not yet to be found | its data; null: failure |
+/// | prepare  | user data           | each time the last user is found gone      | does not count          |
+/// | ready    | user data           | directly after `prepare`                   | false: kept             |
+/// | free     | user data, result   | at removal; for each one left at the end   | that of the check       |
 ///
 /// Threads: any thread may call anything at any time but construction, assignment and destruction. One
 /// recursive lock is held through every operation, callbacks included. So a callback may call the manager,
@@ -47,12 +45,12 @@ class Lib_Result;
 ///
 /// No lock: if the manager's mutex could not be created, the manager refuses to work. Lookups find nothing,
 /// other operations fail, no callback runs, and a result holds the platform's code of the failed wait (6).
+/// Lock and Unlock do nothing then.
 ///
 /// Exceptions: std::bad_alloc leaves an operation before it has changed anything. What a callback throws
-/// leaves too. The lock is always given back, and
+/// leaves too, from every operation but the destructor. The lock is always given back, and
 /// - when the `create` or memory for the new environment fails, that environment is gone; user data that it
-/// had
-///   got already goes to `free`, with a result that nobody sees;
+///   had got already goes to `free`, with a result that nobody sees;
 /// - when `prepare` or `ready` throws, the environment stays, without users;
 /// - when `free` throws, the environment is gone as it is after an answer.
 class LIB_API Lib_Environment_Manager

@@ -137,11 +137,11 @@ LIB_API BOOL AdjustTokenPrivileges(HANDLE token, BOOL disable_all, PTOKEN_PRIVIL
 
 /// Tells what a token says of itself. Needs TOKEN_QUERY.
 ///
-/// | class           | what is told |
-/// |-----------------|---------------------------------------------------------------------------------------|
-/// | TokenUser       | TOKEN_USER and behind it the SID, S-1-22-1 and the user's number; attributes 0 | |
-/// TokenPrivileges | TOKEN_PRIVILEGES                                                                      |
-/// | TokenSessionId  | a DWORD: the session |
+/// | class           | what is told                                                                   |
+/// |-----------------|--------------------------------------------------------------------------------|
+/// | TokenUser       | TOKEN_USER and behind it the SID, S-1-22-1 and the user's number; attributes 0 |
+/// | TokenPrivileges | TOKEN_PRIVILEGES                                                               |
+/// | TokenSessionId  | a DWORD: the session                                                           |
 ///
 /// `needed` receives the size of that. If `size` is less, nothing is told and the last error is 122, for
 /// TokenSessionId 24. The process's token tells the session that the process began with and the effective

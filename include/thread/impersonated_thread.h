@@ -11,17 +11,15 @@
 ///
 /// | argument       | meaning                                                                              |
 /// |----------------|--------------------------------------------------------------------------------------|
-/// | pAttributes    | security attributes of the new thread (_SECURITY_ATTRIBUTES), may be null             |
-/// | nStack_Size    | 0 for the default                                                                     |
-/// | pfnProcedure   | what the thread runs; its answer is the thread's exit code                            |
-/// | pArgument      | what the procedure is given                                                           |
-/// | nFlags         | creation flags; with CREATE_SUSPENDED (4) the caller resumes the thread by itself | |
-/// result         | receives failures, with source 1                                                      |
-/// | pnThread_ID    | receives the thread's identifier once there is a thread, also before a later failure; |
-/// |                | may be null                                                                           |
+/// | pAttributes    | security attributes of the new thread (_SECURITY_ATTRIBUTES), may be null            |
+/// | nStack_Size    | 0 for the default                                                                    |
+/// | pfnProcedure   | what the thread runs; its answer is the thread's exit code                           |
+/// | pArgument      | what the procedure is given                                                          |
+/// | nFlags         | creation flags; with CREATE_SUSPENDED (4) the caller resumes the thread by itself    |
+/// | result         | receives failures, with source 1                                                     |
+/// | pnThread_ID    | receives the identifier once there is a thread, also before a later failure; or null |
 /// | hSource_Thread | whose token is taken (a handle with the right to query); null for the calling thread |
-/// | phThread       | receives the thread's handle, which is the caller's then; null if none is wanted: the |
-/// |                | thread runs on without one. Untouched on failure                                      |
+/// | phThread       | receives the handle, the caller's then; null: none is wanted. Untouched on failure   |
 ///
 /// True if the thread exists and runs, or is suspended as asked for. That says nothing of a token: where
 /// there is none to take, or it is denied, the thread runs under the process's identity, and why is in

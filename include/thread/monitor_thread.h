@@ -14,32 +14,33 @@
 /// worker bears the impersonation token of the thread that made it start. What is watched is the callbacks'
 /// business:
 ///
-/// | callback        | runs on                          | when                              | false |
-/// |-----------------|----------------------------------|-----------------------------------|-----------------|
-/// | Thread_Init     | the worker                       | first                             | fails the Start
-/// | | Thread_Work     | the worker                       | again and again, without a pause  | ends the run
-/// as | |                 |                                  |                                   | a failure
-/// | | Thread_Done     | the worker                       | after the loop, failed or stopped | exit code 0 |
-/// | Stop_Requested  | the thread that stops, under the | once a stop, when the stop event  | abandons the |
-/// |                 | object's lock                    | is set, before the wait           | stop | | Notify
-/// | a thread of its own              | after a failure, with 0, 0 and    | (its low 32     | | | | the
-/// context                       | bits: exit code)|
+/// | callback       | runs on                     | when                              | false             |
+/// |----------------|-----------------------------|-----------------------------------|-------------------|
+/// | Thread_Init    | the worker                  | first                             | fails the Start   |
+/// | Thread_Work    | the worker                  | again and again, without a pause  | fails the run     |
+/// | Thread_Done    | the worker                  | after the loop, failed or stopped | exit code 0       |
+/// | Stop_Requested | the stopping thread, locked | once a stop, before its wait      | abandons the stop |
+/// | Notify         | a thread of its own         | after a failure                   | (see below)       |
 ///
 /// All but Thread_Work may be null. Thread_Work waits and paces itself, and must come back soon after the
 /// stop event is set: Stop waits for it without limit. The result that the worker's callbacks get is the
-/// worker's own and reaches nobody else. No exception may leave a callback that runs on a thread of this
-/// class.
+/// worker's own and reaches nobody else. Stop_Requested must not call Start or Free on its object. Notify is
+/// called with 0, 0 and the context, and the low 32 bits of its answer are its thread's exit code; nobody
+/// waits for that thread, so Notify may still run when Stop, Free and the destructor have returned. No
+/// exception may leave a callback.
 ///
-/// | state          | Is_Active | users     | left by |
-/// |----------------|-----------|-----------|------------------------------------------------------------------|
-/// | empty          | false     | 0         | Init | | idle           | false     | 0         | Start | |
-/// running        | true      | 1 or more | the last Stop: idle; Thread_Work's false: failed;
-/// Stop_Requested's | |                |           |           | false: stop abandoned | | failed         |
-/// false     | 0         | Start: running. Stop answers true and changes nothing            | | stop
-/// abandoned | false     | 1 or more | Free alone. Stop by the only user answers false with 0x80090027, | |
-/// |           |           | Start counts and starts nothing                                  |
+/// | state          | Is_Active | users     | left by                                               |
+/// |----------------|-----------|-----------|-------------------------------------------------------|
+/// | empty          | false     | 0         | Init                                                  |
+/// | idle           | false     | 0         | Start                                                 |
+/// | running        | true      | 1 or more | the last Stop: idle; Thread_Work's false: failed      |
+/// |                |           |           | Stop_Requested's false: stop abandoned                |
+/// | failed         | false     | 0         | Start: running. Stop answers true and changes nothing |
+/// | stop abandoned | false     | 1 or more | Free. Start counts, no more                           |
+/// |                |           |           | The only user's Stop answers false: 0x80090027        |
 ///
-/// Free leads from each of them to empty. A Start that fails leaves the object as it was, ready for another.
+/// A worker that fails after its stop was abandoned leads to failed as well. Free leads from each state to
+/// empty. A Start that fails counts no user and leaves the object idle, ready for another.
 ///
 /// Threads: any thread may call Init, Start, Stop and Free. They exclude one another from their first to
 /// their last step, the waits for the worker included; the lock is recursive. Worker callbacks must not call
