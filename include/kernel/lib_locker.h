@@ -10,8 +10,7 @@
 /// thread that took it, as many times as it took it.
 ///
 /// Any thread may lock and unlock one object; assigning to it needs the object to itself. If the mutex could
-/// not be made, the object is there all the same and never locks. std::bad_alloc from making the name leaves
-/// the constructor.
+/// not be made, or memory for its name, the object is there all the same and never locks.
 ///
 /// An object destroyed while its thread has the lock does not unlock: whoever waits through a copy gets the
 /// lock when that thread ends, as one that its owner abandoned.
@@ -72,6 +71,11 @@ public:
     void Set_Counter(unsigned long dwValue);
 
 private:
+    friend class Lib_Monitor_Thread;
+
+    /// Lock or Lock_And_Increase, and the wait's own answer: 0 and 0x80 (abandoned) have the lock.
+    unsigned long take(unsigned long dwMilliseconds, bool bIncrease);
+
     Lib_Mutex m_Mutex;
     std::atomic<unsigned int> m_dwCounter = 0;
 };

@@ -159,7 +159,10 @@ private:
     void close_Events();
     bool has_Failed() const;
 
+    void end_For_Good();
+
     unsigned int work();
+    bool come_Up(Lib_Result& result);
     unsigned int work_Until_Stopped(Run& run, Lib_Result& result);
     void end_Failed(Run& run, Lib_Result& result);
 

@@ -3,6 +3,13 @@
 
 #include "thread/monitor_thread.h"
 
+inline constexpr unsigned int SOURCE_PLATFORM = 1;
+inline constexpr unsigned int CODE_CONTRADICTION = 0x80090027;
+
+// Exit codes of a worker.
+inline constexpr unsigned int NOT_IN_ORDER = 0;
+inline constexpr unsigned int IN_ORDER = 1;
+
 /// The life of one worker, as far as the worker and all views of it have to agree on it.
 struct Lib_Monitor_Thread::Run
 {

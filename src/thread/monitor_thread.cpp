@@ -10,10 +10,6 @@
 namespace
 {
 
-constexpr unsigned int SOURCE_PLATFORM = 1;
-constexpr unsigned int CODE_CONTRADICTION = 0x80090027;
-constexpr unsigned int IN_ORDER = 1; ///< exit code of a worker
-
 bool fail(Lib_Result& result, unsigned int nCode)
 {
     result.Set_Result(nCode, SOURCE_PLATFORM);
@@ -34,7 +30,7 @@ constexpr DWORD WAIT_THREAD = WAIT_OBJECT_0 + 1;
 } // namespace
 
 /// Has the object's lock as long as it lives, if that was to be had. A lock that its owner abandoned is had,
-/// although the locker answers false: who has it can take it once more.
+/// although the locker answers false.
 class Lib_Monitor_Thread::Guard
 {
 public:
@@ -45,9 +41,7 @@ public:
     };
 
     Guard(Lib_Locker_With_Counter& Locker, User user)
-        : m_Locker(Locker),
-          m_bLocked((user == User::Added ? Locker.Lock_And_Increase(INFINITE) : Locker.Lock(INFINITE)) ||
-                    (Locker.Lock(0) && Locker.Unlock()))
+        : m_Locker(Locker), m_bLocked(Locker.take(INFINITE, user == User::Added) != WAIT_FAILED)
     {
     }
     Guard(const Guard&) = delete;
@@ -97,8 +91,7 @@ Lib_Monitor_Thread& Lib_Monitor_Thread::operator=(const Lib_Monitor_Thread& Sour
     }
     if (m_hThread != nullptr && m_pRun != nullptr && m_pRun->m_pStarted_By == this)
     {
-        Lib_Result ignored;
-        Free(ignored);
+        end_For_Good();
     }
     m_lckSynchronizer_Counter = Source.m_lckSynchronizer_Counter;
     m_hThread = Source.m_hThread;
@@ -123,10 +116,21 @@ void Lib_Monitor_Thread::copy_Fields(const Lib_Monitor_Thread& Source)
     m_pRun = Source.m_pRun;
 }
 
-Lib_Monitor_Thread::~Lib_Monitor_Thread()
+Lib_Monitor_Thread::~Lib_Monitor_Thread() { end_For_Good(); }
+
+/// Free. If the lock is not to be had, since memory is short for a thread that never waited, at least the
+/// worker ends: nobody else uses the object now.
+void Lib_Monitor_Thread::end_For_Good()
 {
     Lib_Result ignored;
     Free(ignored);
+    if (m_bInitialized && m_hThread != nullptr && m_pRun != nullptr)
+    {
+        m_bActive = false;
+        m_pRun->m_bStopped = true;
+        m_evStop.Set();
+        m_pRun->m_bOver.wait(false);
+    }
 }
 
 bool Lib_Monitor_Thread::Init(Worker_Callback pfnThread_Init, Worker_Callback pfnThread_Work,
@@ -341,7 +345,7 @@ bool Lib_Monitor_Thread::stop_Work_Internal(Lib_Result& result)
     {
         m_pRun->m_bStopped = true;
     }
-    if (!m_evStop.Set())
+    if (!SetEvent(m_evStop)) // says why also for an event that could not be made
     {
         return fail_By_Platform(result);
     }

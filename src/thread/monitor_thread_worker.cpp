@@ -7,16 +7,6 @@
 
 // What runs on the worker and on the notification's thread.
 
-namespace
-{
-
-constexpr unsigned int SOURCE_PLATFORM = 1;
-constexpr unsigned int CODE_NO_WORK = 0x80090027;
-constexpr unsigned int NOT_IN_ORDER = 0;
-constexpr unsigned int IN_ORDER = 1;
-
-} // namespace
-
 unsigned int Lib_Monitor_Thread::PROC_Work_Internal(void* pObject)
 {
     return static_cast<Lib_Monitor_Thread*>(pObject)->work();
@@ -26,28 +16,38 @@ unsigned int Lib_Monitor_Thread::work()
 {
     Lib_Result result;
     LIBT_PRINT_DWORD(Trace_Text<L"Thread started. Thread ID is">(), GetCurrentThreadId());
-    if (m_pfnThread_Work == nullptr)
-    {
-        result.Set_Result(CODE_NO_WORK, SOURCE_PLATFORM);
-        return NOT_IN_ORDER;
-    }
-    if (m_pfnThread_Init != nullptr && !m_pfnThread_Init(m_pContext, result))
-    {
-        return NOT_IN_ORDER;
-    }
     Run own(this); // for one that no start has made
     const std::shared_ptr<Run> pRun = m_pRun;
     Run& run = pRun != nullptr ? *pRun : own;
-    const Lib_Event evFinished(m_evFinished); // whose setting may be the end of the object
+    const Lib_Event evFinished(m_evFinished);
+    const bool bUp = come_Up(result);
+    const unsigned int nExit_Code = bUp ? work_Until_Stopped(run, result) : NOT_IN_ORDER;
+    run.m_bOver = true; // from here on the object may be gone
+    run.m_bOver.notify_all();
+    if (bUp)
+    {
+        evFinished.Set();
+    }
+    return nExit_Code;
+}
+
+bool Lib_Monitor_Thread::come_Up(Lib_Result& result)
+{
+    if (m_pfnThread_Work == nullptr)
+    {
+        result.Set_Result(CODE_CONTRADICTION, SOURCE_PLATFORM);
+        return false;
+    }
+    if (m_pfnThread_Init != nullptr && !m_pfnThread_Init(m_pContext, result))
+    {
+        return false;
+    }
     if (!m_evStarted.Set())
     {
         result.Set_Result(GetLastError(), SOURCE_PLATFORM);
-        return NOT_IN_ORDER;
+        return false;
     }
-    const unsigned int nExit_Code = work_Until_Stopped(run, result);
-    run.m_bOver = true;
-    evFinished.Set();
-    return nExit_Code;
+    return true;
 }
 
 unsigned int Lib_Monitor_Thread::work_Until_Stopped(Run& run, Lib_Result& result)
@@ -94,9 +94,9 @@ struct Lib_Monitor_Thread::Notification
 void Lib_Monitor_Thread::notify_On(unsigned int nCode, unsigned long long nParam)
 {
     Lib_Event evReady;
-    if (m_pfnNotify == nullptr || !evReady.Create(nullptr, true, false))
+    if (m_pfnNotify == nullptr || !evReady.Create(nullptr, true, false) || evReady.Wait(0) != WAIT_TIMEOUT)
     {
-        return;
+        return; // a thread that cannot wait would leave its record to the other one
     }
     Notification record{m_pContext, nCode, nParam, m_pfnNotify, &evReady};
     Lib_Result ignored;
