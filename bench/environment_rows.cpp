@@ -35,7 +35,11 @@ public:
     }
     void* Get() { return m_Manager.Get_User_Data(result()); }
     Lib_Environment* Get_Environment() { return m_Manager.Get_Environment(result()); }
-    void Release(Lib_Environment* pEnvironment) { m_Manager.Release_Environment(pEnvironment, result()); }
+    void Release(Lib_Environment* pEnvironment)
+    {
+        if (!m_Manager.Release_Environment(pEnvironment, result()))
+            throw std::runtime_error("no environment to release");
+    }
 
 private:
     static void* create(Lib_Environment* pEnvironment, Lib_Result&)
@@ -106,7 +110,7 @@ public:
         return pData;
     }
 
-private:
+protected:
     Manager m_Manager;
     const decltype(m_Manager.Get_Environment()) m_Environment =
         (m_Manager.Establish(), m_Manager.Get_Environment());
@@ -169,7 +173,7 @@ auto lazily()
     };
 }
 
-/// The thread serves a client of another session and returns to its own.
+/// The thread works for a client of that session meanwhile.
 struct Client_Of_Ours : Visit<Ours>
 {
     void* operator()()
@@ -180,7 +184,19 @@ struct Client_Of_Ours : Visit<Ours>
         return pData;
     }
 
-    const HANDLE m_hToken = Lib_Create_Session_Token(0, TOKEN_QUERY); // goes with the process
+    const HANDLE m_hToken = Lib_Create_Session_Token(
+        m_Environment->Get_Environment_Params()->Get_Session_ID(), TOKEN_QUERY | TOKEN_IMPERSONATE);
+};
+
+struct Client_By_Hand : Visit<By_Hand>
+{
+    void* operator()()
+    {
+        t_nSession = m_Environment;
+        void* const pData = Visit<By_Hand>::operator()();
+        t_nSession = 0;
+        return pData;
+    }
 };
 
 template <class Manager>
@@ -204,7 +220,7 @@ void Add_Environment_Rows()
     const Row visit("environment: come, look, go", 0);
     visit.Add(Row::Ours, lazily<Visit<Ours>>()).Add(pPeer, lazily<Visit<By_Hand>>());
     const Row client("environment: the same under a client's token", 0);
-    client.Add(Row::Ours, lazily<Client_Of_Ours>()).Add(pPeer, lazily<Visit<By_Hand>>());
+    client.Add(Row::Ours, lazily<Client_Of_Ours>()).Add(pPeer, lazily<Client_By_Hand>());
     const Row two("environment: 1000 visits by each of two threads", 0, Row::Time::Clock);
     two.Add(Row::Ours, lazily<Visits_Of_Two<Ours>>()).Add(pPeer, lazily<Visits_Of_Two<By_Hand>>());
     const Row first("environment: first user and last, with callbacks", 0);

@@ -25,8 +25,7 @@ void check(bool bDone)
         throw std::runtime_error("a thread operation failed");
 }
 
-// ---- A worker that is started, waited for until it is up, told to stop, and waited for until it has ended
-// --
+// ---- A worker that is started, waited for until it is up, told to stop, waited for until it has ended
 
 struct Monitor
 {
@@ -93,7 +92,6 @@ int start_And_Stop_Jthread()
 }
 
 // ---- A thread that does nothing, waited for
-// ----------------------------------------------------------------
 
 /// Bears a token, where the platform makes them at will, as long as it lives: new threads take it over.
 class Impersonation

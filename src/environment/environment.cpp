@@ -5,8 +5,6 @@
 #include "foundation/lib_result.h"
 #include "foundation/trace_text.h"
 
-#include <memory>
-
 namespace
 {
 
@@ -58,9 +56,14 @@ Lib_Environment& Lib_Environment::operator=(const Lib_Environment& Source) noexc
 bool Lib_Environment::Establish(Lib_Result& result)
 {
     const Locked locked(*this);
-    auto pParams = std::make_unique<Lib_Environment_Params>();
-    delete m_pParams;
-    m_pParams = pParams.release();
+    if (m_pParams == nullptr)
+    {
+        m_pParams = new Lib_Environment_Params;
+    }
+    else
+    {
+        *m_pParams = Lib_Environment_Params(); // in its place, for an object that shares it as a copy
+    }
     return m_pParams->Initialize(result);
 }
 

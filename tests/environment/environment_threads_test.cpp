@@ -8,6 +8,7 @@
 #include <chrono>
 #include <map>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace
@@ -28,6 +29,7 @@ struct Counts
     unsigned long long m_nFreed = 0;
     unsigned long long m_nRefused = 0;
     unsigned long long m_nAsked = 0;
+    unsigned long long m_nPrepared = 0;
 };
 Counts s_Counts; // guarded by the manager's lock
 
@@ -50,9 +52,16 @@ bool free(void* pData, Lib_Result&)
     return true;
 }
 
+bool prepare(void*)
+{
+    ++s_Counts.m_nPrepared;
+    return false; // which does not count
+}
+
 /// Every third time it is not ready.
 bool ready(void*)
 {
+    EXPECT_EQ(s_Counts.m_nAsked + 1, s_Counts.m_nPrepared) << "nobody comes between the two";
     const bool bRefuses = ++s_Counts.m_nAsked % 3 == 0;
     s_Counts.m_nRefused += bRefuses;
     return !bRefuses;
@@ -78,8 +87,8 @@ void work(Lib_Environment_Manager& manager, unsigned int nSession)
 TEST(Environment_Threads, Share_The_Environments_Of_Their_Sessions)
 {
     s_Counts = Counts();
-    Lib_Environment_Manager manager(create, free, nullptr, ready);
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(1);
+    Lib_Environment_Manager manager(create, free, prepare, ready);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(2);
     std::atomic<unsigned long long> nRounds = 0;
     std::vector<std::thread> threads;
     for (unsigned int nThread = 0; nThread < 8; ++nThread)
@@ -105,8 +114,9 @@ TEST(Environment_Threads, Share_The_Environments_Of_Their_Sessions)
     {
         EXPECT_EQ(0u, pEnvironment->Get_Usage_Counter());
         Lib_Result result;
-        while (manager.Is_Valid_Environment(pEnvironment)) // refused once at most
+        for (int i = 0; i < 2 && manager.Is_Valid_Environment(pEnvironment); ++i) // refused once at most
             EXPECT_TRUE(manager.Check_Environment_And_Release(pEnvironment, result));
+        EXPECT_FALSE(manager.Is_Valid_Environment(pEnvironment));
     }
     EXPECT_LT(100u, nRounds);
     EXPECT_LT(0u, s_Counts.m_nCreated);

@@ -31,9 +31,10 @@ TEST(Sessions, Each_Has_Its_Environment_Whatever_The_Thread)
 {
     Module module;
     Lib_Environment* const pOwn = module.Establish();
+    const unsigned int nThird = pOwn->Get_Environment_Params()->Get_Session_ID() + 1;
     Lib_Environment* pThird = nullptr;
     {
-        const Session client(3);
+        const Session client(nThird);
         Lib_Result result;
         EXPECT_TRUE(module->Establish_Environment(result));
         EXPECT_EQ(Lib_Result(0x80090011, 1), result) << "from looking for it";
@@ -43,11 +44,11 @@ TEST(Sessions, Each_Has_Its_Environment_Whatever_The_Thread)
         EXPECT_TRUE(module->Establish_Environment(result));
         EXPECT_EQ(Lib_Result(), result);
     }
-    EXPECT_EQ(3u, pThird->Get_Environment_Params()->Get_Session_ID());
+    EXPECT_EQ(nThird, pThird->Get_Environment_Params()->Get_Session_ID());
     std::thread(
         [&]
         {
-            const Session client(3);
+            const Session client(nThird);
             EXPECT_EQ(pThird, module.Get_Environment());
         })
         .join();

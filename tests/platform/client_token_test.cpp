@@ -135,7 +135,7 @@ TEST_F(Client_Token, Stands_For_Whom_The_Kernel_Names)
     {
         s_nAsked_Process = process;
         session = 1234;
-        return true;
+        return DWORD{0};
     };
     for (int round = 0; round < 2; ++round)
     {
@@ -165,7 +165,7 @@ TEST_F(Client_Token, Is_Not_Made_For_Whoever_Has_The_Number_Of_A_Peer_That_Ended
     {
         s_pClient->Kill();
         session = 0;
-        return true;
+        return DWORD{0};
     };
     expect_None(ERROR_PIPE_NOT_CONNECTED, m_nLine);
     expect_None(ERROR_PIPE_NOT_CONNECTED, m_nLine); // and when it has ended before
@@ -186,16 +186,6 @@ TEST_F(Client_Token, Is_Refused_With_The_Reason)
     expect_None(ERROR_PIPE_NOT_CONNECTED, alone);
     close(alone);
 
-    client_calls.read_session = [](int, DWORD&)
-    {
-        errno = ENOENT;
-        return false;
-    };
-    expect_None(ERROR_ACCESS_DENIED, m_nLine);
-    client_calls.read_session = [](int, DWORD&)
-    {
-        errno = EMFILE;
-        return false;
-    };
+    client_calls.read_session = [](int, DWORD&) { return DWORD{ERROR_TOO_MANY_OPEN_FILES}; };
     expect_None(ERROR_TOO_MANY_OPEN_FILES, m_nLine);
 }

@@ -17,7 +17,7 @@ struct Client_Calls
 {
     int (*get_socket_option)(int socket, int level, int option, void* value, socklen_t* size);
     int (*poll_files)(pollfd* files, nfds_t count, int milliseconds);
-    bool (*read_session)(int process, DWORD& session);
+    DWORD (*read_session)(int process, DWORD& session);
 };
 
 extern Client_Calls client_calls;

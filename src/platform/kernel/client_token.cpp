@@ -94,6 +94,10 @@ HANDLE fail_With(DWORD error)
 /// The error of a call that needs a descriptor for itself.
 DWORD get_Error(DWORD otherwise)
 {
+    if (errno == ENOMEM)
+    {
+        return ERROR_NOT_ENOUGH_MEMORY;
+    }
     return errno == EMFILE || errno == ENFILE ? ERROR_TOO_MANY_OPEN_FILES : otherwise;
 }
 
@@ -134,8 +138,7 @@ DWORD identify(int socket, Identity& client)
         return get_Error(ERROR_PIPE_NOT_CONNECTED);
     }
     client.user = peer.uid;
-    const DWORD read =
-        client_calls.read_session(peer.pid, client.session) ? ERROR_SUCCESS : get_Error(ERROR_ACCESS_DENIED);
+    const DWORD read = client_calls.read_session(peer.pid, client.session);
     return process.Is_There() ? read : ERROR_PIPE_NOT_CONNECTED;
 }
 

@@ -2,6 +2,7 @@
 
 #include "platform/kernel/session.h"
 
+#include <atomic>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -20,31 +21,19 @@ constexpr DWORD NO_SUCH_PATH = 3;
 constexpr DWORD INVALID_NAME = 123;
 constexpr DWORD NAME_TOO_LONG = 206;
 
-unsigned long long read_Process_Space()
+/// The process's own from its start; a forked child has its parent's. As with the session, each reader reads
+/// the same, and no lock is needed.
+unsigned long long get_Process_Space()
 {
+    static constinit std::atomic<unsigned long long> nSpace{0};
+    unsigned long long nKnown = nSpace.load(std::memory_order_relaxed);
     struct stat status = {};
-    return ::stat("/proc/self/ns/pid", &status) == 0 ? status.st_ino : 0;
-}
-
-/// Both are the process's own from its start; a forked child has its parent's.
-struct Prefixes
-{
-    Prefixes()
+    if (nKnown == 0 && ::stat("/proc/self/ns/pid", &status) == 0)
     {
-        std::snprintf(all, sizeof all, "qnlib.%llu.", read_Process_Space());
-        std::snprintf(machine, sizeof machine, "%sg.", all);
-        std::snprintf(session, sizeof session, "%ss%u.", all, Get_Own_Session());
+        nKnown = status.st_ino;
+        nSpace.store(nKnown, std::memory_order_relaxed);
     }
-
-    char all[40];
-    char machine[60];
-    char session[60];
-};
-
-const Prefixes& get_Prefixes()
-{
-    static const Prefixes prefixes;
-    return prefixes;
+    return nKnown;
 }
 
 /// The unit count of a text, at most one more than a name may have.
@@ -119,9 +108,29 @@ bool spell_Out(const wchar_t* text, std::size_t length, char* target, std::size_
     return true;
 }
 
-void write_Path(Object_Name& parsed, const char* prefix)
+/// The answer is 0, or why the session is not known. `length` is that of what was written.
+DWORD write_Prefix(bool machine, Object_Name& parsed, int& length)
 {
-    const int nStart = std::snprintf(parsed.path, sizeof parsed.path, "%s/%s", NAMED_FOLDER, prefix);
+    if (machine)
+    {
+        length = std::snprintf(parsed.path, sizeof parsed.path, "%s/qnlib.%llu.g.", NAMED_FOLDER,
+                               get_Process_Space());
+        return 0;
+    }
+    DWORD dwSession = 0;
+    const DWORD nError = Get_Own_Session(dwSession);
+    length = std::snprintf(parsed.path, sizeof parsed.path, "%s/qnlib.%llu.s%u.", NAMED_FOLDER,
+                           get_Process_Space(), dwSession);
+    return nError;
+}
+
+DWORD write_Path(Object_Name& parsed, bool machine)
+{
+    int nStart = 0;
+    if (const DWORD nError = write_Prefix(machine, parsed, nStart))
+    {
+        return nError;
+    }
     char* const pTarget = parsed.path + nStart;
     const std::size_t nRoom = sizeof NAMED_FOLDER + NAME_MAX + 1 - static_cast<std::size_t>(nStart);
     if (!spell_Out(parsed.text, parsed.length, pTarget, nRoom))
@@ -135,6 +144,7 @@ void write_Path(Object_Name& parsed, const char* prefix)
     {
         parsed.hash = (parsed.hash ^ static_cast<unsigned char>(*pNext)) * 0x01000193;
     }
+    return 0;
 }
 
 } // namespace
@@ -163,10 +173,14 @@ DWORD Parse_Object_Name(LPCWSTR name, Object_Name& parsed)
             return NO_SUCH_PATH;
         }
     }
-    write_Path(parsed, bMachine ? get_Prefixes().machine : get_Prefixes().session);
-    return 0;
+    return write_Path(parsed, bMachine);
 }
 
-const char* Get_File_Prefix() { return get_Prefixes().all; }
+File_Prefix Get_File_Prefix()
+{
+    File_Prefix prefix;
+    std::snprintf(prefix.text, sizeof prefix.text, "qnlib.%llu.", get_Process_Space());
+    return prefix;
+}
 
 } // namespace qn_platform::kernel

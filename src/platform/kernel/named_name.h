@@ -24,7 +24,8 @@ struct Object_Name
 };
 
 /// What `name` stands for in this process. The answer is 0, or why it is no name: 3 for a backslash behind
-/// the prefix, 123 for a prefix with nothing behind it, 206 for one that is too long.
+/// the prefix, 123 for a prefix with nothing behind it, 206 for one that is too long, or why the session of
+/// the process can't be read just now (4, 8).
 ///
 /// The file name tells the process numbers' name space (numbers of threads in state words mean nothing
 /// beyond it), "g" for the machine or the number of the session, and the text: letters, digits and a few
@@ -33,7 +34,11 @@ struct Object_Name
 DWORD Parse_Object_Name(LPCWSTR name, Object_Name& parsed);
 
 /// What the file names of all objects that this process could open begin with.
-const char* Get_File_Prefix();
+struct File_Prefix
+{
+    char text[40];
+};
+File_Prefix Get_File_Prefix();
 
 } // namespace qn_platform::kernel
 

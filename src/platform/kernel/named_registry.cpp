@@ -151,13 +151,13 @@ Named_Answer make_Or_Open(const Named_Request& request, bool create, Thread_Reco
     {
         return {nullptr, nError};
     }
+    const std::lock_guard lock(g_Names_Lock); // held across a fork: what is found once is found whole
     static const bool bUsable = Find_Robust_Head() != nullptr;
     if (!bUsable)
     {
         return {nullptr, NOT_SUPPORTED};
     }
     Prepare_Uses();
-    const std::lock_guard lock(g_Names_Lock);
     if (Named_Object* const pKnown = *find_Link(name))
     {
         return join_Known(*pKnown, request.kind, create);

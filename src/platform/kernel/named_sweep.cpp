@@ -44,11 +44,11 @@ void Sweep_Leftovers()
         return;
     }
     constexpr int MOST_FILES = 256;
-    const char* const pPrefix = Get_File_Prefix();
+    const File_Prefix prefix = Get_File_Prefix();
     int nLeft = MOST_FILES;
     while (const dirent* const pEntry = ::readdir(pFolder))
     {
-        if (std::strncmp(pEntry->d_name, pPrefix, std::strlen(pPrefix)) != 0)
+        if (std::strncmp(pEntry->d_name, prefix.text, std::strlen(prefix.text)) != 0)
         {
             continue;
         }

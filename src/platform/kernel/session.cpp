@@ -1,6 +1,15 @@
 #include "platform/kernel/session.h"
 
+#include "platform/system_calls.h"
+
+#include <atomic>
+#include <cerrno>
+#include <charconv>
+#include <cstdint>
 #include <cstdio>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace qn_platform::kernel
 {
@@ -8,38 +17,100 @@ namespace qn_platform::kernel
 namespace
 {
 
-bool read_Session_File(const char* path, DWORD& session)
+constexpr DWORD FILE_MISSING = 2;
+constexpr DWORD TOO_MANY_FILES = 4;
+constexpr DWORD DENIED = 5;
+constexpr DWORD NO_MEMORY = 8;
+
+constexpr char OWN_FILE[] = "/proc/self/sessionid";
+
+/// No lock guards it: a fork at any moment leaves the child one that is known or not, and all readers read
+/// the same.
+constexpr std::uint64_t KNOWN = 1ull << 32;
+constinit std::atomic<std::uint64_t> g_nOwn_Session{0};
+
+DWORD tell_Error(int error)
+{
+    switch (error)
+    {
+    case ENOENT:
+        return FILE_MISSING;
+    case EMFILE:
+    case ENFILE:
+        return TOO_MANY_FILES;
+    case ENOMEM:
+        return NO_MEMORY;
+    default:
+        return DENIED;
+    }
+}
+
+DWORD parse(const char* text, const char* end, DWORD& session)
 {
     constexpr DWORD UNSET = 0xFFFFFFFF;
-    FILE* const pFile = std::fopen(path, "re");
-    if (pFile == nullptr)
-    {
-        return false;
-    }
     DWORD dwRead = UNSET;
-    const bool bRead = std::fscanf(pFile, "%u", &dwRead) == 1;
-    std::fclose(pFile);
+    if (std::from_chars(text, end, dwRead).ec != std::errc())
+    {
+        return DENIED;
+    }
     session = dwRead == UNSET ? 0 : dwRead;
-    return bRead;
+    return 0;
 }
+
+DWORD read_File(const char* path, DWORD& session)
+{
+    const int nFile = system_calls.open_file(path, O_RDONLY | O_CLOEXEC);
+    if (nFile < 0)
+    {
+        return tell_Error(errno);
+    }
+    char text[16];
+    const ssize_t nRead = ::read(nFile, text, sizeof text);
+    const DWORD nError = nRead < 0 ? tell_Error(errno) : parse(text, text + nRead, session);
+    ::close(nFile);
+    return nError;
+}
+
+bool is_There(const char* path) { return system_calls.access_file(path, F_OK) == 0; }
 
 } // namespace
 
-DWORD Get_Own_Session()
+DWORD Get_Own_Session(DWORD& session)
 {
-    static const DWORD session = []
+    std::uint64_t nSession = g_nOwn_Session.load(std::memory_order_acquire);
+    if (nSession == 0)
     {
         DWORD dwRead = 0;
-        return read_Session_File("/proc/self/sessionid", dwRead) ? dwRead : 0;
-    }();
-    return session;
+        const DWORD nError = read_File(OWN_FILE, dwRead);
+        if (nError == TOO_MANY_FILES || nError == NO_MEMORY)
+        {
+            return nError;
+        }
+        nSession = KNOWN | dwRead;
+        g_nOwn_Session.store(nSession, std::memory_order_release);
+    }
+    session = static_cast<DWORD>(nSession);
+    return 0;
 }
 
-bool Read_Session(int process, DWORD& session)
+DWORD Read_Session(int process, DWORD& session)
 {
     char path[40];
-    std::snprintf(path, sizeof path, "/proc/%d/sessionid", process);
-    return read_Session_File(path, session);
+    const int nFolder = std::snprintf(path, sizeof path, "/proc/%d", process);
+    std::snprintf(path + nFolder, sizeof path - static_cast<std::size_t>(nFolder), "/sessionid");
+    const DWORD nError = read_File(path, session);
+    if (nError != FILE_MISSING)
+    {
+        return nError;
+    }
+    // A kernel without audit: all are as without a session.
+    path[nFolder] = 0;
+    if (is_There(path) && !is_There(OWN_FILE))
+    {
+        session = 0;
+        return 0;
+    }
+    return DENIED;
 }
 
 } // namespace qn_platform::kernel

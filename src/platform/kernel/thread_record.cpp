@@ -92,6 +92,9 @@ pthread_key_t get_Key()
     return key;
 }
 
+/// Made when the library is loaded: what is made at first use a fork in another thread may find half made.
+[[maybe_unused]] const bool g_bMade = Watch_Forks() && get_Key() != PTHREAD_KEYS_MAX;
+
 Thread_Record* get_Memory()
 {
     const std::lock_guard guard(g_Records_Lock);

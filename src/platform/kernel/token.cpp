@@ -36,17 +36,37 @@ Privilege_State Token::Get_Privileges() const
     return m_Privileges;
 }
 
-DWORD Token::Get_Session() const { return m_Client.has_value() ? m_Client->session : Get_Own_Session(); }
+DWORD Token::Get_Session(DWORD& session) const
+{
+    if (!m_Client.has_value())
+    {
+        return Get_Own_Session(session);
+    }
+    session = m_Client->session;
+    return ERROR_SUCCESS;
+}
 
 DWORD Token::Get_User() const { return m_Client.has_value() ? m_Client->user : ::geteuid(); }
 
+namespace
+{
+
+/// The lock is held across a fork, so that no child finds the token half made.
+Token& get_Process_Token()
+{
+    const std::lock_guard<Ranked_Lock> guard(g_Privileges_Lock);
+    static Token token(TOKEN_ALL_ACCESS, Read_Held_Privileges());
+    return token;
+}
+
+} // namespace
+
 Object_Reference Get_Process_Token()
 {
-    static Token token(TOKEN_ALL_ACCESS, Read_Held_Privileges());
     Object* pObject = g_pProcess_Token.load(std::memory_order_acquire);
     if (pObject == nullptr)
     {
-        Object_Reference made = New_Record(Kind::Token, &token, [](void*) {});
+        Object_Reference made = New_Record(Kind::Token, &get_Process_Token(), [](void*) {});
         if (!made)
         {
             return made;

@@ -52,7 +52,7 @@ public:
     bool Can_Be_Borne() const { return m_Client.has_value(); }
 
     /// Those of this process, the user being the one that it has now, unless the token is a client's.
-    DWORD Get_Session() const;
+    DWORD Get_Session(DWORD& session) const; // 0, or why it is not known just now
     DWORD Get_User() const;
 
     Privilege_State Get_Privileges() const;

@@ -149,13 +149,17 @@ DWORD tell_Privileges(const Token& token, const Target& target)
 
 DWORD tell_Session(const Token& token, const Target& target)
 {
-    const DWORD session = token.Get_Session();
+    DWORD session = 0;
     if (!target.Has_Room_For(sizeof session))
     {
         return ERROR_BAD_LENGTH;
     }
-    std::memcpy(target.block, &session, sizeof session);
-    return ERROR_SUCCESS;
+    const DWORD error = token.Get_Session(session);
+    if (error == ERROR_SUCCESS)
+    {
+        std::memcpy(target.block, &session, sizeof session);
+    }
+    return error;
 }
 
 /// Users are the sub-authorities of S-1-22-1.

@@ -1,0 +1,94 @@
+#include "platform/kernel/session.h"
+
+#include "platform/system_calls.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstring>
+#include <string_view>
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+using namespace qn_platform;
+
+namespace
+{
+
+class Sessions : public testing::Test
+{
+public:
+    ~Sessions() override { system_calls = m_Saved; }
+
+    /// The kernel's answer for every process.
+    static void Has_Written(const char* text)
+    {
+        s_pText = text;
+        system_calls.open_file = [](const char*, int)
+        {
+            const int file = memfd_create("sessionid", MFD_CLOEXEC);
+            EXPECT_EQ(static_cast<ssize_t>(std::strlen(s_pText)),
+                      pwrite(file, s_pText, std::strlen(s_pText), 0));
+            return file;
+        };
+    }
+
+    template <int ERROR>
+    static void Refuses()
+    {
+        system_calls.open_file = [](const char*, int)
+        {
+            errno = ERROR;
+            return -1;
+        };
+    }
+
+    /// 0 when it answers `session`, else the error.
+    static DWORD Reads(DWORD session)
+    {
+        DWORD read = session + 1;
+        const DWORD error = kernel::Read_Session(getpid(), read);
+        EXPECT_EQ(error == 0 ? session : session + 1, read);
+        return error;
+    }
+
+private:
+    static inline const char* s_pText = nullptr;
+    const System_Calls m_Saved = system_calls;
+};
+
+} // namespace
+
+TEST_F(Sessions, Are_What_The_Kernel_Wrote)
+{
+    Has_Written("7");
+    EXPECT_EQ(0U, Reads(7));
+    Has_Written("4294967294\n");
+    EXPECT_EQ(0U, Reads(4294967294));
+    Has_Written("4294967295");
+    EXPECT_EQ(0U, Reads(0)) << "none was set";
+    for (const char* text : {"", "none", "99999999999"})
+    {
+        Has_Written(text);
+        EXPECT_EQ(5U, Reads(0)) << text;
+    }
+}
+
+TEST_F(Sessions, Are_Not_Guessed_Where_They_Cannot_Be_Read)
+{
+    Refuses<EACCES>();
+    EXPECT_EQ(5U, Reads(0));
+    Refuses<EMFILE>();
+    EXPECT_EQ(4U, Reads(0));
+    Refuses<ENOMEM>();
+    EXPECT_EQ(8U, Reads(0));
+    Refuses<ENOENT>();
+    system_calls.access_file = [](const char*, int) { return 0; };
+    EXPECT_EQ(5U, Reads(0)) << "others have one";
+    system_calls.access_file = [](const char* path, int)
+    { return std::string_view(path) == "/proc/self/sessionid" ? -1 : 0; };
+    EXPECT_EQ(0U, Reads(0)) << "a kernel that keeps none";
+    system_calls.access_file = [](const char*, int) { return -1; };
+    EXPECT_EQ(5U, Reads(0)) << "no such process";
+}
