@@ -239,6 +239,7 @@ TEST_F(Monitor_Thread, Is_Failed_As_A_Whole_While_The_Worker_Still_Ends)
     EXPECT_EQ(1, m_Watch.m_nDones);
     EXPECT_EQ(2, m_Watch.m_nInits);
     expect_Running(1);
+    EXPECT_TRUE(m_Watch.m_evNoted.Wait_Until_Object_0(INFINITE)) << "of the first worker's failure";
 }
 
 TEST_F(Monitor_Thread, The_Notification_May_Start_Stop_And_Free)
