@@ -75,17 +75,13 @@ bool Check_Handle(HANDLE handle, Kind kind, DWORD access)
     return dwError == ERROR_SUCCESS || Fail(dwError);
 }
 
-bool Is_Pseudo(HANDLE handle) { return handle == GetCurrentProcess() || handle == GetCurrentThread(); }
-
 Found Find_Any(HANDLE handle)
 {
-    if (handle == GetCurrentProcess())
+    if (Is_Pseudo(handle))
     {
-        return {get_Process_Object(), Get_All_Access(Kind::Process)};
-    }
-    if (handle == GetCurrentThread())
-    {
-        return {get_Own_Thread_Object(), Get_All_Access(Kind::Thread)};
+        return reinterpret_cast<std::uintptr_t>(handle) == THIS_PROCESS
+                   ? Found{get_Process_Object(), Get_All_Access(Kind::Process)}
+                   : Found{get_Own_Thread_Object(), Get_All_Access(Kind::Thread)};
     }
     Found found;
     if (const Look look = Look_Up(handle); look.object != nullptr)

@@ -3,6 +3,8 @@
 
 #include "platform/kernel/object_layout.h"
 
+#include <cstdint>
+
 namespace qn_platform::kernel
 {
 
@@ -17,7 +19,11 @@ struct Found
 /// short), if there is none.
 Found Find_Any(HANDLE handle);
 
-bool Is_Pseudo(HANDLE handle);
+/// The pseudo handles.
+inline constexpr std::uintptr_t THIS_PROCESS = ~std::uintptr_t{0};
+inline constexpr std::uintptr_t THIS_THREAD = ~std::uintptr_t{1};
+
+inline bool Is_Pseudo(HANDLE handle) { return reinterpret_cast<std::uintptr_t>(handle) >= THIS_THREAD; }
 
 /// In a forked child: it is another process.
 void Forget_Process();

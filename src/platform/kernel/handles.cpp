@@ -130,9 +130,9 @@ BOOL SetHandleInformation(HANDLE handle, DWORD mask, DWORD flags)
     return TRUE;
 }
 
-HANDLE GetCurrentProcess() { return reinterpret_cast<HANDLE>(~std::uintptr_t{0}); }
+HANDLE GetCurrentProcess() { return reinterpret_cast<HANDLE>(THIS_PROCESS); }
 
-HANDLE GetCurrentThread() { return reinterpret_cast<HANDLE>(~std::uintptr_t{1}); }
+HANDLE GetCurrentThread() { return reinterpret_cast<HANDLE>(THIS_THREAD); }
 
 DWORD GetCurrentProcessId()
 {
