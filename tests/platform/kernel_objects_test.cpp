@@ -511,8 +511,11 @@ TEST(Kernel_Locks_DeathTest, Out_Of_Order_Stop_The_Program)
     high.lock();
     high.unlock();
     low.unlock();
-    high.lock();
-    EXPECT_DEATH(low.lock(), "rank 1 is taken while locks 0x8");
-    high.unlock();
+    const auto take_Both = [&]
+    {
+        high.lock();
+        low.lock();
+    };
+    EXPECT_DEATH(take_Both(), "rank 1 is taken while locks 0x8");
 }
 #endif
