@@ -248,19 +248,14 @@ TEST_F(Monitor_Thread, The_Notification_May_Start_Stop_And_Free)
     {
         Monitor& monitor = *static_cast<Monitor*>(watch.m_pOwner);
         Lib_Result result;
+        watch.m_evFail.Reset();
         EXPECT_TRUE(monitor.Stop(result));
         EXPECT_TRUE(monitor.Start(result));
         EXPECT_TRUE(monitor.Is_Active());
         EXPECT_TRUE(monitor.Free(result));
     };
-    m_Watch.m_nDone_Takes = 5;
     EXPECT_TRUE(start());
     m_Watch.m_evFail.Set();
-    while (m_Watch.m_nDones == 0)
-    {
-        std::this_thread::yield();
-    }
-    m_Watch.m_evFail.Reset();
     EXPECT_TRUE(m_Watch.m_evNoted.Wait_Until_Object_0(INFINITE));
     EXPECT_EQ(2, m_Watch.m_nInits);
     EXPECT_EQ(2, m_Watch.m_nDones);
