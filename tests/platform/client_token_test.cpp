@@ -5,11 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <cstddef>
-#include <string>
+#include <utility>
 
 #include <netinet/in.h>
-#include <poll.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -52,37 +50,32 @@ class Listener
 public:
     Listener()
     {
-        bind(m_nSocket, reinterpret_cast<const sockaddr*>(&m_Address), sizeof(sa_family_t));
-        socklen_t size = sizeof m_Address; // the system chose the name
-        getsockname(m_nSocket, reinterpret_cast<sockaddr*>(&m_Address), &size);
+        bind(m_nSocket, Address(), sizeof(sa_family_t));
+        getsockname(m_nSocket, Address(), &m_nSize); // the system chose the name
         EXPECT_EQ(0, listen(m_nSocket, 4));
     }
     Listener(const Listener&) = delete;
     Listener& operator=(const Listener&) = delete;
     ~Listener() { close(m_nSocket); }
 
-    std::string Name() const { return m_Address.sun_path + 1; }
+    sockaddr* Address() { return reinterpret_cast<sockaddr*>(&m_Address); }
     int Accept() const { return accept4(m_nSocket, nullptr, nullptr, SOCK_CLOEXEC); }
+
+    /// Connects as a user of its own, where that is allowed, and stays until it is told to go.
+    int Connect(const Talk& owner)
+    {
+        const int line = socket(AF_UNIX, SOCK_STREAM, 0);
+        const bool other_user = getuid() == 0 && setuid(4711) == 0;
+        const int result = connect(line, Address(), m_nSize);
+        owner.Say(result != 0 ? 'f' : other_user ? 'o' : 's');
+        return owner.Hear(-1);
+    }
 
 private:
     int m_nSocket = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     sockaddr_un m_Address = {AF_UNIX, {}};
+    socklen_t m_nSize = sizeof m_Address;
 };
-
-/// Connects as a user of its own, where that is allowed, and stays until it is told to go.
-int Connect(const Part_Arguments& arguments)
-{
-    sockaddr_un address = {AF_UNIX, {}};
-    arguments[0].copy(address.sun_path + 1, sizeof address.sun_path - 2);
-    const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + arguments[0].size());
-    const int line = socket(AF_UNIX, SOCK_STREAM, 0);
-    const bool other_user = getuid() == 0 && setuid(4711) == 0;
-    const int result = connect(line, reinterpret_cast<const sockaddr*>(&address), size);
-    Say_To_Owner(result != 0 ? 'f' : other_user ? 'o' : 's');
-    return Hear_From_Owner() == 'q' ? 0 : 1;
-}
-
-[[maybe_unused]] const Part connect_part("client_of_a_service", Connect);
 
 class Client_Token : public testing::Test
 {
@@ -108,7 +101,7 @@ protected:
     }
 
     Listener m_Listener;
-    Test_Process m_Client{"client_of_a_service", {m_Listener.Name()}};
+    Test_Process m_Client{[this](const Talk& owner) { return m_Listener.Connect(owner); }};
     int m_nHeard = 0;
     int m_nLine = -1;
     const qn_platform::kernel::Client_Calls m_Saved = client_calls;
@@ -176,16 +169,16 @@ TEST_F(Client_Token, Is_Not_Made_For_Whoever_Has_The_Number_Of_A_Peer_That_Ended
 TEST_F(Client_Token, Is_Refused_With_The_Reason)
 {
     expect_None(ERROR_INVALID_HANDLE, -1);
-    const int file = memfd_create("file", 0);
-    expect_None(ERROR_INVALID_HANDLE, file);
-    close(file);
-    const int foreign = socket(AF_INET, SOCK_STREAM, 0);
-    expect_None(ERROR_NOT_SUPPORTED, foreign);
-    close(foreign);
-    const int alone = socket(AF_UNIX, SOCK_STREAM, 0);
-    expect_None(ERROR_PIPE_NOT_CONNECTED, alone);
-    close(alone);
-
+    const std::pair<DWORD, int> refused[] = {
+        {ERROR_INVALID_HANDLE, memfd_create("file", 0)},
+        {ERROR_NOT_SUPPORTED, socket(AF_INET, SOCK_STREAM, 0)},
+        {ERROR_PIPE_NOT_CONNECTED, socket(AF_UNIX, SOCK_STREAM, 0)},
+    };
+    for (const auto& [error, line] : refused)
+    {
+        expect_None(error, line);
+        close(line);
+    }
     client_calls.read_session = [](int, DWORD&) { return DWORD{ERROR_TOO_MANY_OPEN_FILES}; };
     expect_None(ERROR_TOO_MANY_OPEN_FILES, m_nLine);
 }

@@ -1,9 +1,6 @@
+#include "layer_probe.h"
 #include "lib_environment.h"
 #include "lib_foundation.h"
-#include "lib_platform.h"
-#include "platform/system_calls.h"
-
-#include <gtest/gtest.h>
 
 #include <vector>
 
@@ -12,7 +9,7 @@
 namespace
 {
 
-class Environment_Failures : public testing::Test
+class Environment_Failures : public test_support::Layer_Test
 {
 protected:
     ~Environment_Failures() override { find_Room(); }
@@ -20,7 +17,7 @@ protected:
     /// Has the layer find no room for another object or handle.
     void use_Up_Room()
     {
-        qn_platform::system_calls.protect_memory = [](void*, std::size_t, int) { return -1; };
+        system_calls.protect_memory = [](void*, std::size_t, int) { return -1; };
         while (const HANDLE hEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr))
         {
             m_Handles.push_back(hEvent);
@@ -35,7 +32,7 @@ protected:
 
     void find_Room()
     {
-        qn_platform::system_calls = m_Saved;
+        system_calls = m_Saved;
         for (const HANDLE hEach : m_Handles)
         {
             CloseHandle(hEach);
@@ -43,7 +40,6 @@ protected:
         m_Handles.clear();
     }
 
-    const qn_platform::System_Calls m_Saved = qn_platform::system_calls;
     std::vector<HANDLE> m_Handles{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
 };
 
@@ -68,12 +64,8 @@ TEST_F(Environment_Failures, A_Manager_Without_A_Mutex_Refuses_To_Work)
         EXPECT_EQ(no_mutex, result);
     };
     expect_Refused([&](Lib_Result& result) { return manager.Establish_Environment(result); });
-    expect_Refused([&](Lib_Result& result) { return manager.Get_Environment(result); });
     expect_Refused([&](Lib_Result& result) { return manager.Get_User_Data(result); });
     expect_Refused([&](Lib_Result& result) { return manager.Release_Environment(&environment, result); });
-    expect_Refused([&](Lib_Result& result)
-                   { return manager.Check_Environment_And_Release(&environment, result); });
-    EXPECT_FALSE(manager.Is_Valid_Environment(&environment));
     EXPECT_EQ(nullptr, manager.Get_Environment_For_User_Data(nullptr));
     manager.Enum_Environments(look, 0);
     manager.Lock();

@@ -1,25 +1,14 @@
-#include "lib_platform.h"
-#include "platform/kernel/object_layout.h"
+#include "layer_probe.h"
 #include "platform/kernel/object_pool.h"
 #include "platform/kernel/ranked_lock.h"
-#include "platform/system_calls.h"
-
-#include <gtest/gtest.h>
+#include "test_process.h"
 
 #include <atomic>
-#include <chrono>
 #include <csignal>
-#include <cstring>
-#include <set>
-#include <thread>
 #include <vector>
 
-#include <pthread.h>
-#include <sys/mman.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 using namespace qn_platform::kernel;
+using namespace test_support;
 
 namespace
 {
@@ -33,28 +22,23 @@ DWORD error_Of(BOOL result)
     return GetLastError();
 }
 
-/// What the child of a fork answers, as its exit code.
-template <class Function>
-int in_Child(const Function& function)
+void close_All(std::initializer_list<HANDLE> handles)
 {
-    const pid_t child = fork();
-    if (child == 0)
+    for (const HANDLE handle : handles)
     {
-        alarm(20);
-        _exit(function());
+        EXPECT_TRUE(CloseHandle(handle));
     }
-    int status = 0;
-    EXPECT_EQ(child, waitpid(child, &status, 0));
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-/// Puts the layer's system calls back.
-class Kernel_Memory : public testing::Test
+HANDLE copy_Of(HANDLE handle)
 {
-protected:
-    void TearDown() override { system_calls = m_Saved; }
+    HANDLE copy = nullptr;
+    DuplicateHandle(GetCurrentProcess(), handle, GetCurrentProcess(), &copy, 0, FALSE, DUPLICATE_SAME_ACCESS);
+    return copy;
+}
 
-    System_Calls m_Saved = system_calls;
+class Kernel_Memory : public Layer_Test
+{
 };
 
 } // namespace
@@ -103,28 +87,20 @@ TEST(Kernel_Handles, Dont_Reach_The_Object_That_Has_The_Memory_Now)
 
 TEST(Kernel_Handles, Lose_Nothing_In_Many_Rounds)
 {
-    const auto round = []
+    std::size_t slots = 0;
+    std::size_t objects = 0;
+    for (int i = 0; i < 50000; ++i)
     {
         const HANDLE event = make_Event(true);
         const HANDLE mutex = CreateMutexW(nullptr, TRUE, nullptr);
-        HANDLE copy = nullptr;
-        ASSERT_TRUE(DuplicateHandle(GetCurrentProcess(), mutex, GetCurrentProcess(), &copy, 0, FALSE, 2));
-        const HANDLE both[] = {event, copy};
+        const HANDLE both[] = {event, copy_Of(mutex)};
         ASSERT_EQ(0u, WaitForMultipleObjects(2, both, TRUE, 0));
-        for (const HANDLE handle : {event, mutex, copy})
+        close_All({event, mutex, both[1]}); // the last one while the mutex is owned
+        if (i == 2000)
         {
-            ASSERT_TRUE(CloseHandle(handle)); // the last one while the mutex is owned
+            slots = g_Slots.Get_Count();
+            objects = g_Objects.Get_Count();
         }
-    };
-    for (int i = 0; i < 2000; ++i)
-    {
-        round();
-    }
-    const std::size_t slots = g_Slots.Get_Count();
-    const std::size_t objects = g_Objects.Get_Count();
-    for (int i = 0; i < 100000; ++i)
-    {
-        round();
     }
     EXPECT_EQ(slots, g_Slots.Get_Count());
     EXPECT_EQ(objects, g_Objects.Get_Count());
@@ -172,24 +148,16 @@ TEST_F(Kernel_Memory, Short_Is_Told_By_Each_Operation)
 {
     std::vector<HANDLE> handles{make_Event()};
     system_calls.protect_memory = [](void*, std::size_t, int) { return -1; };
-    HANDLE handle = make_Event();
-    while (handle != nullptr && handles.size() < 100000)
+    for (HANDLE (*const make)(HANDLE) : {+[](HANDLE) { return make_Event(); }, &copy_Of})
     {
-        handles.push_back(handle);
-        handle = make_Event();
+        while (const HANDLE handle = make(handles[0]))
+        {
+            handles.push_back(handle);
+        }
+        EXPECT_EQ(8u, GetLastError());
     }
-    EXPECT_EQ(8u, error_Of(handle != nullptr));
-    HANDLE copy = nullptr;
-    std::vector<HANDLE> copies;
-    while (DuplicateHandle(GetCurrentProcess(), handles[0], GetCurrentProcess(), &copy, 0, FALSE, 2))
-    {
-        copies.push_back(copy);
-    }
-    EXPECT_EQ(8u, GetLastError());
-    handles.insert(handles.end(), copies.begin(), copies.end());
     system_calls = m_Saved;
     handles.push_back(make_Event());
-    EXPECT_NE(nullptr, handles.back());
     for (const HANDLE each : handles)
     {
         EXPECT_TRUE(CloseHandle(each));
@@ -238,21 +206,16 @@ TEST(Kernel_Fork, The_Child_Starts_Afresh)
             return 1;
         }
         const HANDLE own = CreateMutexW(nullptr, TRUE, nullptr);
-        const DWORD other = [&]
-        {
-            DWORD answer = 0;
-            std::thread([&] { answer = WaitForSingleObject(own, 0); }).join();
-            return answer;
-        }();
+        DWORD other = 0;
+        std::thread([&] { other = WaitForSingleObject(own, 0); }).join();
         const bool good = own != nullptr && other == 258 && ReleaseMutex(own) && CloseHandle(own) &&
                           GetCurrentThreadId() == GetCurrentProcessId();
         return good ? 7 : 2;
     };
-    EXPECT_EQ(7, in_Child(child));
+    EXPECT_EQ(7, In_Other_Process(child));
     EXPECT_TRUE(ReleaseMutex(mutex)) << "the parent's mutex is still its own";
     EXPECT_EQ(0u, WaitForSingleObject(event, 0));
-    EXPECT_TRUE(CloseHandle(event));
-    EXPECT_TRUE(CloseHandle(mutex));
+    close_All({event, mutex});
 }
 
 #if !defined(__SANITIZE_THREAD__) // its runtime forbids new threads after such a fork
@@ -273,7 +236,7 @@ TEST(Kernel_Fork, Finds_All_In_Order_While_Others_Work)
         });
     for (int i = 0; i < 50; ++i)
     {
-        ASSERT_EQ(3, in_Child([] { return WaitForSingleObject(make_Event(true), 1) == 0 ? 3 : 4; }));
+        ASSERT_EQ(3, In_Other_Process([] { return WaitForSingleObject(make_Event(true), 1) == 0 ? 3 : 4; }));
     }
     end = true;
     worker.join();
@@ -285,26 +248,25 @@ TEST(Kernel_Threads, Own_Their_Mutexes_To_The_Last_Destructor)
 {
     static HANDLE mutex;
     mutex = make_Mutex();
-    pthread_key_t key;
     static pthread_key_t again;
-    // Waits for the third round of destructors, and releases there.
-    ASSERT_EQ(0, pthread_key_create(&key,
-                                    [](void* rounds)
-                                    {
-                                        const auto left = reinterpret_cast<std::uintptr_t>(rounds);
-                                        if (left > 1)
-                                        {
-                                            pthread_setspecific(again, reinterpret_cast<void*>(left - 1));
-                                            return;
-                                        }
-                                        EXPECT_TRUE(ReleaseMutex(mutex));
-                                    }));
+    // Waits for the next round of destructors, and releases there.
+    const auto destroy = [](void* rounds)
+    {
+        if (rounds == &mutex)
+        {
+            pthread_setspecific(again, &again);
+            return;
+        }
+        EXPECT_TRUE(ReleaseMutex(mutex));
+    };
+    pthread_key_t key;
+    ASSERT_EQ(0, pthread_key_create(&key, destroy));
     again = key;
     std::thread(
         [&]
         {
             EXPECT_EQ(0u, WaitForSingleObject(mutex, INFINITE));
-            pthread_setspecific(key, reinterpret_cast<void*>(std::uintptr_t{2}));
+            pthread_setspecific(key, &mutex);
         })
         .join();
     EXPECT_EQ(0u, WaitForSingleObject(mutex, 0)) << "released in time, so not abandoned";
@@ -315,44 +277,28 @@ TEST(Kernel_Threads, Own_Their_Mutexes_To_The_Last_Destructor)
 
 TEST(Kernel_Threads, Abandon_What_They_Own_And_Then_Are_Set)
 {
-    // Some of the mutexes have lost their last handle; their memory comes back.
+    // One of the mutexes has lost its last handle; its memory comes back.
     HANDLE thread = nullptr;
     std::vector<HANDLE> mutexes(100);
-    std::atomic<bool> go{false};
-    std::atomic<bool> ready{false};
-    pthread_t other;
-    const auto body = [&]
-    {
-        EXPECT_TRUE(DuplicateHandle(GetCurrentProcess(), GetCurrentThread(), GetCurrentProcess(), &thread, 0,
-                                    FALSE, 2));
-        for (HANDLE& mutex : mutexes)
+    const HANDLE go = make_Event();
+    const HANDLE ready = make_Event();
+    std::thread owner(
+        [&]
         {
-            mutex = CreateMutexW(nullptr, TRUE, nullptr);
-        }
-        ReleaseMutex(mutexes[50]); // from the middle of what it owns
-        for (ready = true; !go;)
-        {
-            std::this_thread::yield();
-        }
-        pthread_exit(nullptr);
-    };
-    using Body = decltype(body);
-    ASSERT_EQ(0, pthread_create(
-                     &other, nullptr,
-                     [](void* b) -> void*
-                     {
-                         (*static_cast<Body*>(b))();
-                         return nullptr;
-                     },
-                     const_cast<void*>(static_cast<const void*>(&body))));
-    while (!ready)
-    {
-        std::this_thread::yield();
-    }
+            thread = copy_Of(GetCurrentThread());
+            for (HANDLE& mutex : mutexes)
+            {
+                mutex = CreateMutexW(nullptr, TRUE, nullptr);
+            }
+            ReleaseMutex(mutexes[50]); // from the middle of what it owns
+            SetEvent(ready);
+            WaitForSingleObject(go, INFINITE);
+        });
+    EXPECT_EQ(0u, WaitForSingleObject(ready, INFINITE));
     const Look orphan = Look_Up(mutexes[20]);
     EXPECT_TRUE(CloseHandle(mutexes[20]));
     EXPECT_NE(0u, Get_State(orphan.object->word) & STATE_ORPHAN);
-    go = true;
+    SetEvent(go);
     EXPECT_EQ(0u, WaitForSingleObject(thread, INFINITE));
     EXPECT_NE(orphan.generation, Get_Generation(orphan.object->word)) << "the memory is lost";
     for (std::size_t i = 0; i < mutexes.size(); ++i)
@@ -363,36 +309,35 @@ TEST(Kernel_Threads, Abandon_What_They_Own_And_Then_Are_Set)
             EXPECT_TRUE(CloseHandle(mutexes[i]));
         }
     }
-    EXPECT_TRUE(CloseHandle(thread));
-    pthread_join(other, nullptr);
+    close_All({thread, go, ready});
+    owner.join();
 }
 
 TEST(Kernel_Creation, Refuses_Descriptors_That_It_Cannot_Express)
 {
+    ACL nobody;
+    ASSERT_TRUE(InitializeAcl(&nobody, sizeof nobody, ACL_REVISION));
     SECURITY_DESCRIPTOR descriptor;
+    ASSERT_TRUE(InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION));
     SECURITY_ATTRIBUTES attributes{sizeof attributes, &descriptor, FALSE};
-    const auto error = [&]
+    const auto expect = [&](DWORD error)
     {
         SetLastError(99);
         const HANDLE handle = CreateEventW(&attributes, FALSE, FALSE, nullptr);
-        const DWORD answer = GetLastError();
-        EXPECT_EQ(handle != nullptr, answer == 0);
-        EXPECT_TRUE(handle == nullptr || CloseHandle(handle));
-        return answer;
+        EXPECT_EQ(error, GetLastError());
+        EXPECT_EQ(error == 0, handle != nullptr);
+        CloseHandle(handle);
     };
-    ACL nobody;
-    ASSERT_TRUE(InitializeAcl(&nobody, sizeof nobody, ACL_REVISION));
-    ASSERT_TRUE(InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION));
-    EXPECT_EQ(0u, error());
-    ASSERT_TRUE(SetSecurityDescriptorDacl(&descriptor, TRUE, nullptr, FALSE));
-    EXPECT_EQ(0u, error());
-    ASSERT_TRUE(SetSecurityDescriptorDacl(&descriptor, TRUE, &nobody, FALSE));
-    EXPECT_EQ(50u, error());
-    ASSERT_TRUE(SetSecurityDescriptorDacl(&descriptor, FALSE, nullptr, FALSE));
+    expect(0);
+    SetSecurityDescriptorDacl(&descriptor, TRUE, nullptr, FALSE);
+    expect(0);
+    SetSecurityDescriptorDacl(&descriptor, TRUE, &nobody, FALSE);
+    expect(50);
+    SetSecurityDescriptorDacl(&descriptor, FALSE, nullptr, FALSE);
     descriptor.Owner = &nobody;
-    EXPECT_EQ(50u, error());
+    expect(50);
     descriptor.Revision = 2;
-    EXPECT_EQ(1305u, error());
+    expect(1305);
 }
 
 TEST(Kernel_Mutex, Is_Refused_When_Its_Count_Is_Full)
@@ -412,18 +357,14 @@ TEST(Kernel_Mutex, Is_Refused_When_Its_Count_Is_Full)
 TEST(Kernel_Wait, For_All_Refuses_One_Object_Twice)
 {
     const HANDLE event = make_Event(true);
-    HANDLE copy = nullptr;
-    ASSERT_TRUE(DuplicateHandle(GetCurrentProcess(), event, GetCurrentProcess(), &copy, 0, FALSE, 2));
-    for (const HANDLE second : {event, copy})
+    const HANDLE copy = copy_Of(event);
+    const HANDLE three[] = {event, event, copy};
+    for (const HANDLE* const both : {three, three + 1, static_cast<const HANDLE*>(nullptr)})
     {
-        const HANDLE both[] = {event, second};
         EXPECT_EQ(WAIT_FAILED, WaitForMultipleObjects(2, both, TRUE, 0));
         EXPECT_EQ(87u, GetLastError());
     }
-    EXPECT_EQ(WAIT_FAILED, WaitForMultipleObjects(2, nullptr, TRUE, 0));
-    EXPECT_EQ(87u, GetLastError());
-    EXPECT_TRUE(CloseHandle(copy));
-    EXPECT_TRUE(CloseHandle(event));
+    close_All({copy, event});
 }
 
 TEST(Kernel_Wait, Is_Not_Ended_By_Signals)
@@ -434,25 +375,27 @@ TEST(Kernel_Wait, Is_Not_Ended_By_Signals)
     struct sigaction before;
     sigaction(SIGUSR1, &action, &before);
     const HANDLE event = make_Event();
-    DWORD answer = 99;
-    std::atomic<bool> done{false};
+    std::atomic<DWORD> id{0};
+    std::atomic<DWORD> answer{99};
     std::thread waiter(
         [&]
         {
-            answer = WaitForSingleObject(event, 10000);
-            done = true;
+            id = GetCurrentThreadId();
+            answer = WaitForSingleObject(event, 20000);
         });
-    for (int i = 0; i < 5 && !done; ++i)
+    for (int signals = 1; signals <= 5; ++signals)
     {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        EXPECT_TRUE(Becomes_Asleep(id));
         pthread_kill(waiter.native_handle(), SIGUSR1);
+        while (caught < signals && answer == 99)
+        {
+            std::this_thread::yield();
+        }
     }
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    EXPECT_FALSE(done);
+    EXPECT_EQ(99u, answer);
     EXPECT_TRUE(SetEvent(event));
     waiter.join();
     EXPECT_EQ(0u, answer);
-    EXPECT_GT(caught, 0);
     sigaction(SIGUSR1, &before, nullptr);
     EXPECT_TRUE(CloseHandle(event));
 }
@@ -496,10 +439,7 @@ TEST(Kernel_Wait, Answers_Every_Set_Once)
         waiter.join();
     }
     EXPECT_EQ(SETS, answers);
-    for (const HANDLE handle : {events[0], events[1], end, taken})
-    {
-        EXPECT_TRUE(CloseHandle(handle));
-    }
+    close_All({events[0], events[1], end, taken});
 }
 
 #ifndef NDEBUG

@@ -1,4 +1,5 @@
 #include "named_test_objects.h"
+#include "test_process.h"
 
 #include "platform/kernel/robust_list.h"
 
@@ -6,8 +7,6 @@
 
 #include <pthread.h>
 #include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 using namespace test_support;
 using qn_platform::kernel::Find_Robust_Head;
@@ -18,7 +17,7 @@ using qn_platform::kernel::ROBUST_DISTANCE;
 namespace
 {
 
-constexpr DWORD PATIENCE = 10000;
+constexpr int KILLED = 256 + SIGKILL;
 
 /// A robust mutex of the C library, with words around it that nobody should write to.
 struct Guarded
@@ -47,14 +46,11 @@ struct Guarded
 class Mixed_Mutexes
 {
 public:
-    explicit Mixed_Mutexes(const std::string& base) : m_First(Mutex(base + "n")), m_Second(Mutex(base + "m"))
-    {
-    }
+    explicit Mixed_Mutexes(const std::string& base) : m_Named{Mutex(base + "n"), Mutex(base + "m")} {}
 
-    bool Do(const char* steps)
+    bool Do(const std::string& steps)
     {
-        return std::all_of(steps, steps + std::string(steps).size(),
-                           [this](char step) { return do_Step(step); });
+        return std::all_of(steps.begin(), steps.end(), [this](char step) { return do_Step(step); });
     }
 
     bool Are_Untouched() const { return m_Robust[0].Is_Untouched() && m_Robust[1].Is_Untouched(); }
@@ -62,7 +58,7 @@ public:
 private:
     bool do_Step(char step)
     {
-        const HANDLE both[] = {m_First, m_Second};
+        const HANDLE both[] = {m_Named[0], m_Named[1]};
         switch (step)
         {
         case 'R':
@@ -73,21 +69,36 @@ private:
             return pthread_mutex_unlock(&m_Robust[step - 'r'].mutex) == 0;
         case 'N':
         case 'M':
-            return WaitForSingleObject(step == 'N' ? m_First : m_Second, 0) == WAIT_OBJECT_0;
+            return WaitForSingleObject(both['N' - step], 0) == WAIT_OBJECT_0;
         case 'n':
         case 'm':
-            return ReleaseMutex(step == 'n' ? m_First : m_Second);
+            return ReleaseMutex(both['n' - step]);
         case 'A':
             return WaitForMultipleObjects(2, both, TRUE, 0) == WAIT_OBJECT_0;
         default:
-            return ReleaseMutex(m_First) && ReleaseMutex(m_Second);
+            return ReleaseMutex(both[0]) && ReleaseMutex(both[1]);
         }
     }
 
     Guarded m_Robust[2];
-    Handle m_First;
-    Handle m_Second;
+    Handle m_Named[2];
 };
+
+/// Dies with what the last steps took; does not if something is wrong.
+int Play_Owner(const std::string& base, const char* last_steps)
+{
+    Mixed_Mutexes mutexes(base);
+    auto& head = *Find_Robust_Head();
+    for (const char* const pSteps :
+         {"NRrn", "NRnr", "RNrn", "RNnr", "RNSMnrms", "NRMSsnmr", "RSNMrmsn", "RASras", "ARar", "RAra"})
+    {
+        if (!mutexes.Do(pSteps) || head.next != &head.next || head.distance != -ROBUST_DISTANCE)
+        {
+            return 1;
+        }
+    }
+    return mutexes.Do(last_steps) && mutexes.Are_Untouched() ? raise(SIGKILL) : 2;
+}
 
 } // namespace
 
@@ -95,34 +106,13 @@ TEST(Named_Robust_List, Goes_Together_With_Robust_Mutexes_Of_The_Program_In_Ever
 {
     const std::string strBase = Own_Name("mixed");
     const Handle first = Mutex(strBase + "n"), second = Mutex(strBase + "m");
-    for (const char* const pLeft : {"NR", "RN", "RNSM", "NRMS", "RAS"})
+    for (const std::string strLeft : {"NR", "RN", "RNSM", "NRMS", "RAS"})
     {
-        SCOPED_TRACE(pLeft);
-        const pid_t nOwner = fork();
-        if (nOwner == 0)
-        {
-            Mixed_Mutexes mutexes(strBase);
-            auto& head = *Find_Robust_Head();
-            for (const char* const pSteps : {"NRrn", "NRnr", "RNrn", "RNnr", "RNSMnrms", "NRMSsnmr",
-                                             "RSNMrmsn", "RASras", "ARar", "RAra"})
-            {
-                if (!mutexes.Do(pSteps) || head.next != &head.next || head.distance != -ROBUST_DISTANCE)
-                {
-                    _exit(1);
-                }
-            }
-            if (mutexes.Do(pLeft) && mutexes.Are_Untouched())
-            {
-                kill(getpid(), SIGKILL);
-            }
-            _exit(2);
-        }
-        int nStatus = 0;
-        waitpid(nOwner, &nStatus, 0);
-        EXPECT_TRUE(WIFSIGNALED(nStatus)) << WEXITSTATUS(nStatus);
+        SCOPED_TRACE(strLeft);
+        EXPECT_EQ(KILLED, In_Other_Process([&] { return Play_Owner(strBase, strLeft.c_str()); }));
         EXPECT_EQ(WAIT_ABANDONED, WaitForSingleObject(first, PATIENCE));
         EXPECT_TRUE(ReleaseMutex(first));
-        const bool bSecond = std::string(pLeft).find_first_of("MA") != std::string::npos;
+        const bool bSecond = strLeft.find_first_of("MA") != std::string::npos;
         EXPECT_EQ(bSecond ? WAIT_ABANDONED : WAIT_OBJECT_0, WaitForSingleObject(second, PATIENCE));
         EXPECT_TRUE(ReleaseMutex(second));
     }
@@ -135,8 +125,7 @@ TEST(Named_Robust_List, A_Truncated_Object_Keeps_No_Other_Mutex_From_Being_Given
     for (const bool bAll : {false, true})
     {
         SCOPED_TRACE(bAll);
-        const pid_t nOwner = fork();
-        if (nOwner == 0)
+        const auto take_And_Die = [&]
         {
             const Handle own = Mutex(strBase + "own");
             const Handle other = Public_Mutex(strBase + "public");
@@ -150,12 +139,9 @@ TEST(Named_Robust_List, A_Truncated_Object_Keeps_No_Other_Mutex_From_Being_Given
                 WaitForSingleObject(own, PATIENCE);
                 WaitForSingleObject(other, PATIENCE);
             }
-            const bool bCut = truncate(Find_Files(strBase + "public").at(0).c_str(), 0) == 0;
-            kill(getpid(), bCut ? SIGKILL : SIGTERM);
-        }
-        int nStatus = 0;
-        waitpid(nOwner, &nStatus, 0);
-        EXPECT_EQ(SIGKILL, WTERMSIG(nStatus));
+            return truncate(Find_Files(strBase + "public").at(0).c_str(), 0) == 0 ? raise(SIGKILL) : 1;
+        };
+        EXPECT_EQ(KILLED, In_Other_Process(take_And_Die));
         EXPECT_EQ(WAIT_ABANDONED, WaitForSingleObject(mutex, PATIENCE));
         EXPECT_TRUE(ReleaseMutex(mutex));
     }

@@ -1,14 +1,18 @@
 #ifndef QNLIB_TEST_NAMED_TEST_OBJECTS_H
 #define QNLIB_TEST_NAMED_TEST_OBJECTS_H
 
-#include "lib_platform.h"
+#include "lib_services.h"
 #include "platform/kernel/named_calls.h"
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <filesystem>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include <unistd.h>
 
 // Named objects for tests of several processes, and a look at their files.
 
@@ -17,6 +21,9 @@ namespace test_support
 
 using qn_platform::kernel::named_calls;
 using qn_platform::kernel::Named_Calls;
+
+inline constexpr auto TIMED_OUT = static_cast<DWORD>(WAIT_TIMEOUT);
+inline constexpr DWORD PATIENCE = 10000;
 
 class Handle
 {
@@ -48,16 +55,28 @@ private:
 /// A text of 16-bit units, ended by a NUL.
 inline std::vector<wchar_t> Wide(const std::string& text)
 {
-    std::vector<wchar_t> units(text.begin(), text.end());
-    units.push_back(0);
-    return units;
+    return std::vector<wchar_t>(text.c_str(), text.c_str() + text.size() + 1);
 }
 
 /// A name of this run; `tail` is letters and digits.
-std::string Own_Name(const std::string& tail);
+inline std::string Own_Name(const std::string& tail)
+{
+    return "qntest-" + std::to_string(getpid()) + "-" + tail;
+}
 
 /// The files of objects whose name contains the text.
-std::vector<std::string> Find_Files(const std::string& part_of_name);
+inline std::vector<std::string> Find_Files(const std::string& part_of_name)
+{
+    std::vector<std::string> files;
+    for (const auto& entry : std::filesystem::directory_iterator("/dev/shm"))
+    {
+        if (entry.path().native().find(part_of_name) != std::string::npos)
+        {
+            files.push_back(entry.path().native());
+        }
+    }
+    return files;
+}
 
 inline Handle Event(const std::string& name, bool manual = false, bool set = false)
 {
@@ -75,30 +94,13 @@ inline Handle Open_Mutex(const std::string& name)
 {
     return Handle(OpenMutexW(MUTEX_ALL_ACCESS, FALSE, Wide(name).data()));
 }
-
-/// A descriptor that lets everybody in: its access list is there, and null.
-struct Public_Attributes
-{
-    struct
-    {
-        unsigned char revision = 1;
-        unsigned char unused = 0;
-        unsigned short control = 4;
-        void* parts[4] = {};
-    } descriptor;
-    SECURITY_ATTRIBUTES attributes{sizeof(SECURITY_ATTRIBUTES), &descriptor, FALSE};
-};
-
 inline Handle Public_Event(const std::string& name)
 {
-    Public_Attributes all;
-    return Handle(CreateEventW(&all.attributes, FALSE, FALSE, Wide(name).data()));
+    return Handle(CreateEventW(Lib_Get_Public_Security_Attributes(), FALSE, FALSE, Wide(name).data()));
 }
-
 inline Handle Public_Mutex(const std::string& name)
 {
-    Public_Attributes all;
-    return Handle(CreateMutexW(&all.attributes, FALSE, Wide(name).data()));
+    return Handle(CreateMutexW(Lib_Get_Public_Security_Attributes(), FALSE, Wide(name).data()));
 }
 
 /// Puts the record of system calls back at its end.
@@ -110,9 +112,6 @@ public:
 private:
     Named_Calls m_Former = named_calls;
 };
-
-/// As where the kernel lacks the call that sleeps on several words.
-void Do_Without_Futex_Waitv();
 
 } // namespace test_support
 

@@ -1,41 +1,42 @@
 #ifndef QNLIB_TEST_TEST_PROCESS_H
 #define QNLIB_TEST_TEST_PROCESS_H
 
-#include <string>
-#include <vector>
+#include <functional>
 
 #include <sys/types.h>
 
-// Second processes for tests: the test program starts itself again, to play one of its parts.
+// Second processes for tests, forked from the test program.
 
 namespace test_support
 {
 
-using Part_Arguments = std::vector<std::string>;
+/// No answer, and no end, within the time.
+inline constexpr int NONE = -1;
 
-/// A part that a second process can play; made as a static object. The function's answer is the exit code.
-class Part
+/// One side of the talk between a process and its owner, in single characters.
+class Talk
 {
 public:
-    using Function = int (*)(const Part_Arguments& arguments);
-
-    Part(const char* name, Function function);
-};
-
-/// One such process, which ends with its owner, or when that dies, or after minutes.
-class Test_Process
-{
-public:
-    /// No answer, and no end, within the time.
-    static constexpr int NONE = -1;
-
-    Test_Process(const char* part, const Part_Arguments& arguments = {});
-    Test_Process(const Test_Process&) = delete;
-    Test_Process& operator=(const Test_Process&) = delete;
-    ~Test_Process();
+    explicit Talk(int line = -1) : m_nLine(line) {}
 
     void Say(char word) const;
     int Hear(int milliseconds = 20000) const;
+    void Close() const;
+
+private:
+    int m_nLine;
+};
+
+/// A process that plays a part, whose answer is the exit code. It ends with its owner, or after minutes.
+class Test_Process : public Talk
+{
+public:
+    using Part = std::function<int(const Talk& owner)>;
+
+    explicit Test_Process(const Part& part);
+    Test_Process(const Test_Process&) = delete;
+    Test_Process& operator=(const Test_Process&) = delete;
+    ~Test_Process();
 
     /// The exit code, or 256 and the number of the signal that ended it.
     int Get_End(int milliseconds = 20000);
@@ -47,15 +48,14 @@ public:
 
 private:
     pid_t m_nId = 0;
-    int m_nLine = -1; // of the talk with it
 };
 
-// The part's side of the talk.
-void Say_To_Owner(char word);
-int Hear_From_Owner();
-
-/// Whether the process sleeps, in a futex call if it has one thread.
-bool Becomes_Asleep(pid_t process);
+/// What a process answers that does nothing else.
+template <class Function>
+int In_Other_Process(const Function& function)
+{
+    return Test_Process([&](const Talk&) { return static_cast<int>(function()); }).Get_End();
+}
 
 } // namespace test_support
 

@@ -1,23 +1,14 @@
-#include "lib_platform.h"
+#include "layer_probe.h"
 #include "lib_thread.h"
-#include "platform/kernel/object_layout.h"
 #include "platform/kernel/token.h"
-#include "platform/system_calls.h"
+#include "test_process.h"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <cerrno>
-#include <chrono>
-#include <filesystem>
-#include <iterator>
-#include <thread>
-#include <utility>
 #include <vector>
 
-#include <pthread.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+using namespace test_support;
 
 // What threads leave behind, and what happens when the system fails beneath them.
 
@@ -48,36 +39,6 @@ DWORD Wait_For(HANDLE thread)
     return code;
 }
 
-std::ptrdiff_t Count_Threads()
-{
-    return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
-}
-
-void Pause() { std::this_thread::sleep_for(std::chrono::milliseconds(10)); }
-
-/// The system takes its time to forget a thread whose handle is set.
-bool Are_There_Again(std::ptrdiff_t threads)
-{
-    for (int i = 0; i < 1000 && Count_Threads() > threads; ++i)
-    {
-        Pause();
-    }
-    return Count_Threads() <= threads;
-}
-
-/// Without those of an earlier test that are about to go.
-std::ptrdiff_t Count_Lasting_Threads()
-{
-    std::ptrdiff_t before = 0;
-    std::ptrdiff_t threads = Count_Threads();
-    while (threads != before)
-    {
-        Pause();
-        before = std::exchange(threads, Count_Threads());
-    }
-    return threads;
-}
-
 std::atomic<int> s_nTokens{0};
 
 /// A token that counts itself.
@@ -95,25 +56,37 @@ HANDLE Create_Counted_Token()
                       TOKEN_ALL_ACCESS, false);
 }
 
-unsigned int Count_Open_Slots()
+/// Suspended.
+HANDLE Begin_With_Token()
 {
-    using namespace qn_platform::kernel;
-    unsigned int open = 0;
-    for (std::size_t i = 1; i < g_Slots.Get_Count(); ++i)
-    {
-        open += g_Slots[i].word.load() != 0;
-    }
-    return open;
+    HANDLE thread = Begin(CREATE_SUSPENDED);
+    const HANDLE token = Create_Counted_Token();
+    EXPECT_TRUE(SetThreadToken(&thread, token));
+    CloseHandle(token);
+    return thread;
 }
 
-class Made_Threads : public testing::Test
+class Made_Threads : public Layer_Test
 {
 protected:
     Made_Threads() { s_nRuns = 0; }
-    ~Made_Threads() override { system_calls = m_Saved; }
+    ~Made_Threads() override
+    {
+        system_calls = m_Saved;
+        EXPECT_TRUE(Threads_Fall_To(m_nThreads));
+        EXPECT_GE(m_nHandles, Count_Open_Handles());
+        EXPECT_EQ(0, s_nTokens) << "nobody keeps it";
+    }
 
-    const qn_platform::System_Calls m_Saved = system_calls;
+    /// How many have run, when all of them are gone.
+    unsigned int Count_Runs() const
+    {
+        EXPECT_TRUE(Threads_Fall_To(m_nThreads));
+        return s_nRuns;
+    }
+
     const std::ptrdiff_t m_nThreads = Count_Lasting_Threads();
+    const unsigned int m_nHandles = Count_Open_Handles();
 };
 
 } // namespace
@@ -122,11 +95,7 @@ TEST_F(Made_Threads, End_Unrun_When_Nobody_Can_Resume_Them)
 {
     for (int i = 0; i < 50; ++i)
     {
-        HANDLE thread = Begin(CREATE_SUSPENDED);
-        ASSERT_NE(nullptr, thread);
-        const HANDLE token = Create_Counted_Token();
-        EXPECT_TRUE(SetThreadToken(&thread, token));
-        CloseHandle(token);
+        const HANDLE thread = Begin_With_Token();
         EXPECT_EQ(1, s_nTokens) << "the thread bears it";
         HANDLE second = nullptr;
         ASSERT_TRUE(DuplicateHandle(GetCurrentProcess(), thread, GetCurrentProcess(), &second, 0, FALSE,
@@ -136,16 +105,12 @@ TEST_F(Made_Threads, End_Unrun_When_Nobody_Can_Resume_Them)
         EXPECT_TRUE(CloseHandle(second));
         EXPECT_EQ(0, s_nTokens);
     }
-    EXPECT_TRUE(Are_There_Again(m_nThreads)) << Count_Threads() << " threads, before " << m_nThreads;
-    EXPECT_EQ(0U, s_nRuns);
+    EXPECT_EQ(0U, Count_Runs());
 }
 
 TEST_F(Made_Threads, Put_Off_Their_Token_At_The_End)
 {
-    HANDLE thread = Begin(CREATE_SUSPENDED);
-    const HANDLE token = Create_Counted_Token();
-    EXPECT_TRUE(SetThreadToken(&thread, token));
-    CloseHandle(token);
+    const HANDLE thread = Begin_With_Token();
     ResumeThread(thread);
     EXPECT_EQ(DWORD{WAIT_OBJECT_0}, WaitForSingleObject(thread, INFINITE));
     EXPECT_EQ(0, s_nTokens) << "though there is a handle to the thread";
@@ -183,8 +148,7 @@ TEST_F(Made_Threads, Are_Resumed_Closed_And_Asked_By_Many_At_Once)
     {
         maker.join();
     }
-    EXPECT_TRUE(Are_There_Again(m_nThreads)) << Count_Threads() << " threads, before " << m_nThreads;
-    EXPECT_EQ(MAKERS * EACH * 3 / 2, s_nRuns);
+    EXPECT_EQ(MAKERS * EACH * 3 / 2, Count_Runs());
 }
 
 TEST_F(Made_Threads, Are_Set_After_The_Last_Destructor)
@@ -259,46 +223,12 @@ TEST_F(Made_Threads, Are_Refused_With_The_Reason)
     EXPECT_EQ(nullptr, Begin(0, nullptr));
     EXPECT_EQ(DWORD{ERROR_INVALID_PARAMETER}, GetLastError());
 
-    system_calls.create_thread = [](pthread_t*, const pthread_attr_t*, void* (*)(void*), void*)
-    { return EAGAIN; };
-    const unsigned int open = Count_Open_Slots();
+    system_calls.create_thread = Create_No_Thread;
     for (const unsigned int flags : {0U, CREATE_SUSPENDED})
     {
         expect_None(ERROR_NOT_ENOUGH_MEMORY, EAGAIN, nullptr, flags);
     }
-    EXPECT_EQ(open, Count_Open_Slots()) << "no handle is left";
-    system_calls = m_Saved;
-    EXPECT_EQ(5U, Wait_For(Begin()));
 }
-
-namespace
-{
-
-/// Ends what suspended thread there is. Its handle.
-HANDLE End_Suspended_Thread()
-{
-    using namespace qn_platform::kernel;
-    for (std::size_t i = 1; i < g_Slots.Get_Count(); ++i)
-    {
-        const std::uint64_t word = g_Slots[i].word.load();
-        const auto handle = reinterpret_cast<HANDLE>(word >> 32 & ~std::uint64_t{3});
-        if (word != 0 && TerminateThread(handle, 9))
-        {
-            return handle;
-        }
-    }
-    return nullptr;
-}
-
-/// Ends the thread as soon as it is there, before its maker has even learned its handle.
-int Create_And_End(pthread_t* thread, const pthread_attr_t* attributes, void* (*start)(void*), void* argument)
-{
-    const int error = pthread_create(thread, attributes, start, argument);
-    EXPECT_EQ(DWORD{WAIT_OBJECT_0}, WaitForSingleObject(End_Suspended_Thread(), INFINITE));
-    return error;
-}
-
-} // namespace
 
 TEST_F(Made_Threads, That_Cannot_Bear_The_Token_Of_Their_Maker_Never_Run)
 {
@@ -316,16 +246,13 @@ TEST_F(Made_Threads, That_Cannot_Bear_The_Token_Of_Their_Maker_Never_Run)
         EXPECT_EQ(1U, result.Get_Result_Source());
         EXPECT_EQ(&result, thread);
     }
-    system_calls.create_thread = [](pthread_t*, const pthread_attr_t*, void* (*)(void*), void*)
-    { return EAGAIN; };
+    system_calls.create_thread = Create_No_Thread;
     Lib_Result result;
     EXPECT_FALSE(
         Lib_Create_Impersonated_Thread_Ex(nullptr, 0, Count, nullptr, 0, result, nullptr, nullptr, nullptr));
     EXPECT_EQ(DWORD{ERROR_NOT_ENOUGH_MEMORY}, result.Get_Result_Code());
     RevertToSelf();
-    EXPECT_EQ(0, s_nTokens) << "nobody keeps it";
-    EXPECT_EQ(0U, s_nRuns);
-    EXPECT_TRUE(Are_There_Again(m_nThreads));
+    EXPECT_EQ(0U, Count_Runs());
 }
 
 #if !defined(__SANITIZE_THREAD__) // its runtime forbids new threads after such a fork
@@ -336,17 +263,13 @@ TEST_F(Made_Threads, Fork_Like_Others)
         0,
         [](void* foreign)
         {
-            const pid_t child = fork();
-            if (child == 0)
+            const auto child = [&]
             {
                 DWORD code = 0;
                 const bool gone = GetExitCodeThread(foreign, &code) == FALSE && GetLastError() == 6;
-                const bool works = Wait_For(Begin()) == 5;
-                _exit(gone && works ? 0 : 1);
-            }
-            int status = -1;
-            waitpid(child, &status, 0);
-            return static_cast<unsigned int>(status);
+                return gone && Wait_For(Begin()) == 5 ? 0 : 1;
+            };
+            return static_cast<unsigned int>(In_Other_Process(child));
         },
         suspended);
     EXPECT_EQ(0U, Wait_For(thread));
