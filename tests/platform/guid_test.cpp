@@ -1,23 +1,19 @@
-#include "lib_platform.h"
-#include "platform/system_calls.h"
+#include "layer_probe.h"
 
-#include <gtest/gtest.h>
-
-#include <cerrno>
 #include <cstring>
 
 namespace
 {
 
-int s_nCalls = 0;
-
-class Guid_Drawing : public testing::Test
+template <int ERROR>
+ssize_t Refuse(void*, std::size_t, unsigned int)
 {
-protected:
-    void SetUp() override { s_nCalls = 0; }
-    void TearDown() override { system_calls = m_Saved; }
+    errno = ERROR;
+    return -1;
+}
 
-    System_Calls m_Saved = system_calls;
+class Guid_Drawing : public test_support::Layer_Test
+{
 };
 
 } // namespace
@@ -28,11 +24,7 @@ TEST_F(Guid_Drawing, Leaves_The_Identifier_Alone_When_The_Kernel_Refuses)
     std::memset(&guid, 0xAB, sizeof guid);
     const _GUID before = guid;
     system_calls.open_file = [](const char*, int) { return -1; };
-    system_calls.get_random = [](void*, std::size_t, unsigned int) -> ssize_t
-    {
-        errno = EPERM;
-        return -1;
-    };
+    system_calls.get_random = Refuse<EPERM>;
     EXPECT_EQ(E_FAIL, CoCreateGuid(&guid));
     system_calls.get_random = [](void*, std::size_t size, unsigned int) -> ssize_t
     { return static_cast<ssize_t>(size) - 1; };
@@ -44,11 +36,7 @@ TEST_F(Guid_Drawing, Leaves_The_Identifier_Alone_When_The_Kernel_Refuses)
 
 TEST_F(Guid_Drawing, Takes_The_Device_When_The_Call_Is_Refused)
 {
-    system_calls.get_random = [](void*, std::size_t, unsigned int) -> ssize_t
-    {
-        errno = ENOSYS;
-        return -1;
-    };
+    system_calls.get_random = Refuse<ENOSYS>;
     _GUID first{};
     _GUID second{};
     EXPECT_EQ(S_OK, CoCreateGuid(&first));
@@ -58,13 +46,11 @@ TEST_F(Guid_Drawing, Takes_The_Device_When_The_Call_Is_Refused)
 
 TEST_F(Guid_Drawing, Draws_On_After_Signals_And_Marks_Version_And_Variant)
 {
+    static int s_nCalls = 0;
     system_calls.get_random = [](void* bytes, std::size_t size, unsigned int) -> ssize_t
     {
         if (++s_nCalls < 3)
-        {
-            errno = EINTR;
-            return -1;
-        }
+            return Refuse<EINTR>(nullptr, 0, 0);
         std::memset(bytes, 0xFF, size);
         return static_cast<ssize_t>(size);
     };

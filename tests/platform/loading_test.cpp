@@ -1,33 +1,22 @@
 // How names of modules find their files, and what failing system calls leave.
 
-#include "lib_platform.h"
+#include "layer_probe.h"
 #include "platform/modules/module_search.h"
-#include "platform/system_calls.h"
 #include "test_text.h"
 
 #include <algorithm>
-#include <atomic>
-#include <filesystem>
-#include <fstream>
-#include <string>
-#include <thread>
 #include <vector>
 
 #include <dlfcn.h>
-#include <unistd.h>
 
 namespace
 {
 
-class Module_Files : public testing::Test
+class Module_Files : public test_support::Layer_Test
 {
 protected:
     void SetUp() override { std::filesystem::create_directory(m_Folder); }
-    void TearDown() override
-    {
-        system_calls = m_Saved;
-        std::filesystem::remove_all(m_Folder);
-    }
+    void TearDown() override { std::filesystem::remove_all(m_Folder); }
 
     // The 16-bit form of a path of ASCII characters.
     static std::vector<wchar_t> Wide(const std::string& path)
@@ -37,7 +26,6 @@ protected:
         return text;
     }
 
-    System_Calls m_Saved = system_calls;
     const std::filesystem::path m_Folder =
         std::filesystem::temp_directory_path() / ("qn_loading_" + std::to_string(GetCurrentProcessId()));
 };
@@ -108,20 +96,15 @@ TEST_F(Module_Files, Are_Known_By_Their_Names_Once_Loaded)
 TEST_F(Module_Files, Balance_Loads_Of_Several_Threads)
 {
     std::atomic<int> failures = 0;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i)
+    const auto load = [&failures]
     {
-        threads.emplace_back(
-            [&failures]
-            {
-                for (int round = 0; round < 200; ++round)
-                {
-                    const HMODULE module = LoadLibraryW(L"qn_test_module");
-                    failures += GetProcAddress(module, "Qn_Test_Next") == nullptr ? 1 : 0;
-                    failures += FreeLibrary(module) ? 0 : 1;
-                }
-            });
-    }
+        for (int round = 0; round < 200; ++round)
+        {
+            const HMODULE module = LoadLibraryW(L"qn_test_module");
+            failures += GetProcAddress(module, "Qn_Test_Next") == nullptr || !FreeLibrary(module) ? 1 : 0;
+        }
+    };
+    std::thread threads[] = {std::thread(load), std::thread(load), std::thread(load)};
     for (std::thread& thread : threads)
     {
         thread.join();

@@ -2,8 +2,6 @@
 
 #include "platform/kernel/named_name.h"
 
-#include <set>
-
 #include <fcntl.h>
 #include <sys/mman.h>
 
@@ -14,13 +12,6 @@ using namespace qn_platform::kernel;
 
 namespace
 {
-
-std::string Path_Of(const std::vector<wchar_t>& name)
-{
-    Object_Name parsed;
-    EXPECT_EQ(0U, Parse_Object_Name(name.data(), parsed));
-    return parsed.path;
-}
 
 std::vector<wchar_t> Repeated(std::size_t length, wchar_t unit)
 {
@@ -36,30 +27,6 @@ std::size_t Count_Descriptors()
 }
 
 } // namespace
-
-TEST(Named_Name, Every_Name_Has_A_File_Name_Of_Its_Own)
-{
-    EXPECT_EQ(Path_Of(Wide("Local\\x")), Path_Of(Wide("x")));
-    std::vector<std::vector<wchar_t>> names;
-    for (const char* const pName : {"x", "Global\\x", "%0020", " ", "global", "Global"})
-    {
-        names.push_back(Wide(pName));
-    }
-    for (const std::size_t nLength : {2U, 100U, 200U, 220U, 240U, 260U})
-    {
-        for (const wchar_t unit : {L'a', L'b', L'/', static_cast<wchar_t>(0xFFFF)})
-        {
-            names.push_back(Repeated(nLength, unit));
-        }
-    }
-    std::set<std::string> paths;
-    for (const auto& name : names)
-    {
-        const std::string strPath = Path_Of(name);
-        EXPECT_GE(255U, std::filesystem::path(strPath).filename().native().size());
-        EXPECT_TRUE(paths.insert(strPath).second) << strPath;
-    }
-}
 
 TEST(Named_Name, What_Is_No_Name_Is_Told)
 {

@@ -1,6 +1,7 @@
 #include "lib_platform.h"
 #include "platform/providers/crypt32/key_page.h"
 #include "platform/system_calls.h"
+#include "test_process.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +13,6 @@
 #include <vector>
 
 #include <sys/mman.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 // The cipher behind protected memory. What fails only before the key is there runs in a fresh process.
@@ -63,12 +63,7 @@ bool Fails_Then_Recovers(DWORD error)
     return failed && untouched && recovered;
 }
 
-void Exit_With(bool right)
-{
-    if (testing::Test::HasFailure())
-        right = false;
-    _exit(right ? 0 : 1);
-}
+void Exit_With(bool right) { _exit(right && !testing::Test::HasFailure() ? 0 : 1); }
 
 class Protected_Memory : public testing::Test
 {
@@ -80,15 +75,13 @@ protected:
 
 TEST_F(Protected_Memory, Comes_Back_As_It_Was)
 {
-    for (const std::size_t size :
-         {16u, 32u, 48u, 256u, 65536u, (1u << 24) - 16, 1u << 24, (1u << 24) + 16, 3u << 24})
+    for (const std::size_t size : {0u, 16u, 48u, (1u << 24) - 16, 1u << 24, (1u << 24) + 16, 3u << 24})
     {
         const std::string plain(size, 'p');
         const std::string image = Protected(plain);
-        EXPECT_TRUE(image != plain) << size;
+        EXPECT_TRUE(size == 0 || image != plain) << size;
         EXPECT_TRUE(Unprotected(image) == plain) << size;
     }
-    EXPECT_EQ("", Protected(""));
 }
 
 TEST_F(Protected_Memory, Hides_What_Repeats)
@@ -113,11 +106,10 @@ TEST_F(Protected_Memory, Refuses_Arguments)
     {
         const auto Expect_Error = [&](DWORD error, void* target, DWORD size, DWORD flags)
         {
-            SetLastError(ERROR_SUCCESS);
             EXPECT_FALSE(turn(target, size, flags));
             EXPECT_EQ(error, GetLastError());
         };
-        for (const DWORD size : {1u, 15u, 17u, 31u})
+        for (const DWORD size : {15u, 17u})
             Expect_Error(ERROR_INVALID_PARAMETER, data.data(), size, 0);
         Expect_Error(ERROR_INVALID_PARAMETER, nullptr, 16, 0);
         Expect_Error(ERROR_INVALID_PARAMETER, data.data(), 16, 4);
@@ -129,17 +121,9 @@ TEST_F(Protected_Memory, Refuses_Arguments)
 
 TEST_F(Protected_Memory, Is_Read_By_A_Forked_Child)
 {
-    const std::string image = Protected("inherited secret");
-    const pid_t child = fork();
-    if (child == 0)
-    {
-        std::string copy = image;
-        const bool right = CryptUnprotectMemory(copy.data(), 16, 0) && copy == "inherited secret";
-        _exit(right ? 0 : 1);
-    }
-    int status = -1;
-    ASSERT_EQ(child, waitpid(child, &status, 0));
-    EXPECT_EQ(0, status);
+    std::string image = Protected("inherited secret");
+    EXPECT_TRUE(test_support::In_Other_Process(
+        [&] { return CryptUnprotectMemory(image.data(), 16, 0) && image == "inherited secret"; }));
 }
 
 TEST_F(Protected_Memory, Fails_Without_Its_Provider)
@@ -157,28 +141,30 @@ TEST_F(Protected_Memory, Fails_Without_Its_Provider)
 
 TEST_F(Protected_Memory, Fails_Without_A_Key_And_Tries_Again)
 {
-    EXPECT_EXIT(
-        {
-            Provider_Calls().map = [](void*, std::size_t, int, int, int, off_t) { return MAP_FAILED; };
-            Exit_With(Fails_Then_Recovers(ERROR_NOT_ENOUGH_MEMORY));
-        },
-        testing::ExitedWithCode(0), "");
-    EXPECT_EXIT(
-        {
-            Provider_Calls().get_random = [](void*, std::size_t, unsigned int) -> ssize_t
+    using Calls = qn_crypt32::System_Calls;
+    const struct
+    {
+        DWORD error;
+        void (*change)(Calls&);
+    } faults[] = {
+        {ERROR_NOT_ENOUGH_MEMORY, [](Calls& calls)
+         { calls.map = [](void*, std::size_t, int, int, int, off_t) { return MAP_FAILED; }; }},
+        {ERROR_GEN_FAILURE,
+         [](Calls& calls) {
+             calls.get_random = [](void*, std::size_t, unsigned int) -> ssize_t
+             { return errno = ENOSYS, -1; };
+         }},
+        {ERROR_GEN_FAILURE, [](Calls& calls) { calls.advise = [](void*, std::size_t, int) { return -1; }; }},
+    };
+    for (const auto& fault : faults)
+    {
+        EXPECT_EXIT(
             {
-                errno = ENOSYS;
-                return -1;
-            };
-            Exit_With(Fails_Then_Recovers(ERROR_GEN_FAILURE));
-        },
-        testing::ExitedWithCode(0), "");
-    EXPECT_EXIT(
-        {
-            Provider_Calls().advise = [](void*, std::size_t, int) { return -1; };
-            Exit_With(Fails_Then_Recovers(ERROR_GEN_FAILURE));
-        },
-        testing::ExitedWithCode(0), "");
+                fault.change(Provider_Calls());
+                Exit_With(Fails_Then_Recovers(fault.error));
+            },
+            testing::ExitedWithCode(0), "");
+    }
 }
 
 TEST_F(Protected_Memory, Does_Without_A_Locked_Page)

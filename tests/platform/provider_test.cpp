@@ -1,22 +1,13 @@
-#include "lib_platform.h"
+#include "layer_probe.h"
 #include "platform/modules/provider.h"
-#include "platform/system_calls.h"
 
-#include <gtest/gtest.h>
-
-#include <string_view>
-#include <thread>
 #include <vector>
 
 namespace
 {
 
-class Providers : public testing::Test
+class Providers : public test_support::Layer_Test
 {
-protected:
-    void TearDown() override { system_calls = m_Saved; }
-
-    System_Calls m_Saved = system_calls;
 };
 
 } // namespace

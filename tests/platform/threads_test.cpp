@@ -202,31 +202,24 @@ TEST_F(Made_Threads, Have_The_Stack_That_Was_Asked_For)
 
 TEST_F(Made_Threads, Are_Refused_With_The_Reason)
 {
-    const auto expect_None = [&](DWORD code, int error, void* attributes, unsigned int flags)
+    const auto expect_None = [](DWORD code, int error, unsigned int flags)
     {
         unsigned int id = 77;
         SetLastError(0);
         errno = 0;
-        EXPECT_EQ(0U, _beginthreadex(attributes, 0, Count, nullptr, flags, &id));
+        EXPECT_EQ(0U, _beginthreadex(nullptr, 0, Count, nullptr, flags, &id));
         EXPECT_EQ(code, GetLastError());
         EXPECT_EQ(error, errno);
         EXPECT_EQ(77U, id);
     };
-    expect_None(ERROR_INVALID_PARAMETER, EINVAL, nullptr, 0x80000000);
-    SECURITY_DESCRIPTOR descriptor;
-    ACL nobody;
-    InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION);
-    InitializeAcl(&nobody, sizeof nobody, ACL_REVISION);
-    SetSecurityDescriptorDacl(&descriptor, TRUE, &nobody, FALSE);
-    SECURITY_ATTRIBUTES attributes = {sizeof attributes, &descriptor, FALSE};
-    expect_None(ERROR_NOT_SUPPORTED, EINVAL, &attributes, 0);
+    expect_None(ERROR_INVALID_PARAMETER, EINVAL, 0x80000000);
     EXPECT_EQ(nullptr, Begin(0, nullptr));
     EXPECT_EQ(DWORD{ERROR_INVALID_PARAMETER}, GetLastError());
 
     system_calls.create_thread = Create_No_Thread;
     for (const unsigned int flags : {0U, CREATE_SUSPENDED})
     {
-        expect_None(ERROR_NOT_ENOUGH_MEMORY, EAGAIN, nullptr, flags);
+        expect_None(ERROR_NOT_ENOUGH_MEMORY, EAGAIN, flags);
     }
 }
 

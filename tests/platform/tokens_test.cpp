@@ -1,15 +1,7 @@
-#include "lib_platform.h"
+#include "layer_probe.h"
 #include "platform/kernel/token.h"
-#include "platform/system_calls.h"
-
-#include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
-#include <cerrno>
-#include <cstdint>
-#include <initializer_list>
-#include <thread>
 #include <vector>
 
 #include <linux/capability.h>
@@ -32,7 +24,6 @@ std::uint64_t s_nCapabilities = 0;
 Privilege_Set Held_With(std::uint64_t capabilities)
 {
     s_nCapabilities = capabilities;
-    const System_Calls saved = system_calls;
     system_calls.get_capabilities = [](void*, void* data)
     {
         auto* const sets = static_cast<__user_cap_data_struct*>(data);
@@ -40,9 +31,7 @@ Privilege_Set Held_With(std::uint64_t capabilities)
         sets[1].permitted = static_cast<std::uint32_t>(s_nCapabilities >> 32);
         return 0;
     };
-    const Privilege_Set held = Read_Held_Privileges();
-    system_calls = saved;
-    return held;
+    return Read_Held_Privileges();
 }
 
 Privilege_Set Set_Of(std::initializer_list<DWORD> privileges)
@@ -53,17 +42,17 @@ Privilege_Set Set_Of(std::initializer_list<DWORD> privileges)
     return set;
 }
 
-HANDLE Open(Token& token, DWORD access)
+class Tokens : public test_support::Layer_Test
 {
-    return Open_Token(New_Record(Kind::Token, &token, [](void*) {}), access);
-}
+};
 
 /// A handle to a token of the test's own.
 class Test_Token
 {
 public:
     explicit Test_Token(Privilege_Set held)
-        : m_Token(TOKEN_ALL_ACCESS, held), m_Full(Open(m_Token, MAXIMUM_ALLOWED))
+        : m_Token(TOKEN_ALL_ACCESS, held),
+          m_Full(Open_Token(New_Record(Kind::Token, &m_Token, [](void*) {}), MAXIMUM_ALLOWED))
     {
     }
     Test_Token(const Test_Token&) = delete;
@@ -91,7 +80,7 @@ private:
 
 } // namespace
 
-TEST(Tokens, Hold_What_The_Process_Is_Capable_Of)
+TEST_F(Tokens, Hold_What_The_Process_Is_Capable_Of)
 {
     const Privilege_Set everybody = Held_With(0);
     EXPECT_EQ(Set_Of({CHANGE_NOTIFY, 30, 33, TIME_ZONE, 35}), everybody);
@@ -100,7 +89,6 @@ TEST(Tokens, Hold_What_The_Process_Is_Capable_Of)
         << "in the second word";
     EXPECT_EQ(0U, Held_With(~0ULL) & Set_Of({2, 6, 24, 36})) << "nobody holds these";
 
-    const System_Calls saved = system_calls;
     system_calls.get_capabilities = [](void*, void* data)
     {
         static_cast<__user_cap_data_struct*>(data)->permitted = 0xFFFFFFFF;
@@ -108,35 +96,9 @@ TEST(Tokens, Hold_What_The_Process_Is_Capable_Of)
         return -1;
     };
     EXPECT_EQ(everybody, Read_Held_Privileges());
-    system_calls = saved;
 }
 
-TEST(Tokens, Are_Opened_For_What_They_Grant)
-{
-    Token token(TOKEN_IMPERSONATE | TOKEN_ADJUST_PRIVILEGES, 0);
-    EXPECT_EQ(nullptr, Open(token, TOKEN_QUERY));
-    EXPECT_EQ(5U, GetLastError());
-    const HANDLE handle = Open(token, TOKEN_IMPERSONATE);
-    ASSERT_NE(nullptr, handle);
-    TOKEN_PRIVILEGES wanted = {};
-    EXPECT_FALSE(AdjustTokenPrivileges(handle, FALSE, &wanted, 0, nullptr, nullptr));
-    EXPECT_EQ(5U, GetLastError());
-    CloseHandle(handle);
-
-    const HANDLE most = Open(token, MAXIMUM_ALLOWED);
-    ASSERT_NE(nullptr, most) << "what is granted is less than all";
-    wanted.PrivilegeCount = 0;
-    EXPECT_TRUE(AdjustTokenPrivileges(most, FALSE, &wanted, 0, nullptr, nullptr));
-    DWORD needed = 0;
-    EXPECT_FALSE(GetTokenInformation(most, TokenPrivileges, nullptr, 0, &needed));
-    EXPECT_EQ(5U, GetLastError());
-    CloseHandle(most);
-    EXPECT_EQ(nullptr, Open(token, MAXIMUM_ALLOWED | TOKEN_QUERY));
-    EXPECT_EQ(nullptr, Open(token, GENERIC_READ));
-    EXPECT_EQ(5U, GetLastError());
-}
-
-TEST(Tokens, Hold_The_Same_Whichever_Thread_Asks_First)
+TEST_F(Tokens, Hold_The_Same_Whichever_Thread_Asks_First)
 {
     const Privilege_Set held = Read_Held_Privileges();
     Privilege_Set seen = 0;
@@ -152,7 +114,7 @@ TEST(Tokens, Hold_The_Same_Whichever_Thread_Asks_First)
     EXPECT_EQ(held, seen);
 }
 
-TEST(Tokens, Take_Each_Wish_By_Itself)
+TEST_F(Tokens, Take_Each_Wish_By_Itself)
 {
     Test_Token token(Set_Of({SHUTDOWN, DEBUG_PRIVILEGE, CHANGE_NOTIFY}));
     EXPECT_EQ(Set_Of({CHANGE_NOTIFY}), token.Enabled());
@@ -177,7 +139,7 @@ TEST(Tokens, Take_Each_Wish_By_Itself)
     EXPECT_EQ(0U, token.Enabled());
 }
 
-TEST(Tokens, Tell_What_Was_Changed)
+TEST_F(Tokens, Tell_What_Was_Changed)
 {
     Test_Token token(Set_Of({SHUTDOWN, CHANGE_NOTIFY}));
     struct
@@ -202,31 +164,25 @@ TEST(Tokens, Tell_What_Was_Changed)
     EXPECT_TRUE(AdjustTokenPrivileges(token.Full(), FALSE, pPrevious, 0, nullptr, nullptr));
     EXPECT_EQ(Set_Of({CHANGE_NOTIFY}), token.Enabled()) << "it can be handed back";
 
-    EXPECT_FALSE(AdjustTokenPrivileges(token.Full(), FALSE, pWanted, 16, pPrevious, nullptr));
+    const DWORD size = sizeof wanted;
+    EXPECT_FALSE(AdjustTokenPrivileges(token.Full(), FALSE, pWanted, size, pPrevious, nullptr));
     EXPECT_EQ(87U, GetLastError());
-    EXPECT_FALSE(AdjustTokenPrivileges(token.Full(), FALSE, nullptr, 0, nullptr, nullptr));
-    EXPECT_EQ(87U, GetLastError());
-    EXPECT_FALSE(
-        GetTokenInformation(token.Full(), static_cast<TOKEN_INFORMATION_CLASS>(2), &wanted, 28, &needed));
+    EXPECT_FALSE(GetTokenInformation(token.Full(), TOKEN_INFORMATION_CLASS(2), &wanted, size, &needed));
     EXPECT_EQ(50U, GetLastError());
-    EXPECT_FALSE(GetTokenInformation(token.Full(), TokenPrivileges, &wanted, 27, &needed));
+    EXPECT_FALSE(GetTokenInformation(token.Full(), TokenPrivileges, &wanted, size - 1, &needed));
     EXPECT_EQ(122U, GetLastError());
-    EXPECT_EQ(28U, needed);
+    EXPECT_EQ(size, needed);
 }
 
-TEST(Tokens, Lose_No_Change_Of_Several_Threads)
+TEST_F(Tokens, Lose_No_Change_Of_Several_Threads)
 {
     Test_Token token(Held_With(~0ULL));
-    std::atomic<bool> bStart{false};
     std::vector<std::thread> threads;
     for (const DWORD privilege : {SHUTDOWN, DEBUG_PRIVILEGE, SYSTEM_PROFILE, TIME_ZONE})
     {
         threads.emplace_back(
             [&, privilege]
             {
-                while (!bStart)
-                {
-                }
                 for (int i = 0; i < 2001; ++i)
                 {
                     token.Adjust({{{privilege, 0}, i % 2 == 0 ? SE_PRIVILEGE_ENABLED : 0}});
@@ -237,7 +193,6 @@ TEST(Tokens, Lose_No_Change_Of_Several_Threads)
                 }
             });
     }
-    bStart = true;
     for (std::thread& thread : threads)
     {
         thread.join();

@@ -4,6 +4,7 @@
 #include "world.h"
 
 #include <atomic>
+#include <cerrno>
 #include <cstdio>
 #include <optional>
 
@@ -87,6 +88,25 @@ protected:
             GTEST_SKIP() << "no process may be traced here";
     }
     void TearDown() override { kernel::named_calls.use_gate = true; }
+};
+
+/// These kills need no tracing.
+class Kills_Of_Any : public testing::TestWithParam<bool>
+{
+protected:
+    void SetUp() override
+    {
+        if (!GetParam())
+            kernel::named_calls.futex_waitv = [](futex_waitv*, unsigned int, const timespec*)
+            {
+                errno = ENOSYS;
+                return -1L;
+            };
+    }
+    void TearDown() override { kernel::named_calls = m_Calls; }
+
+private:
+    const kernel::Named_Calls m_Calls = kernel::named_calls;
 };
 
 /// What a contender did, and with what luck.
@@ -175,9 +195,9 @@ TEST_F(Kills_Of_Owners, Also_Of_The_Waiter_That_Was_Woken_Would_Lose_Others_With
     EXPECT_GT(count_Lost(Lock, 16, milliseconds(100), nRounds), 0U);
 }
 
-TEST_F(Kills_Of_Owners, Are_Told_Once_And_Hinder_Nobody)
+TEST_P(Kills_Of_Any, Owner_Are_Told_Once_And_Hinder_Nobody)
 {
-    const unsigned int nRounds = Rounds(300);
+    const unsigned int nRounds = Rounds(300) / (GetParam() ? 1 : 5);
     World world;
     Shared<Contest> contest;
     std::vector<Child> contenders;
@@ -206,5 +226,8 @@ TEST_F(Kills_Of_Owners, Are_Told_Once_And_Hinder_Nobody)
     std::printf("kills of owners: %u, %u as owners told, %u locks by the others\n", nRounds, nTold,
                 sum(*contest, &Record::m_nLocks));
 }
+
+INSTANTIATE_TEST_SUITE_P(Stress, Kills_Of_Any, testing::Bool(),
+                         [](const auto& with) { return with.param ? "with_waitv" : "without_waitv"; });
 
 } // namespace stress
