@@ -1,11 +1,17 @@
 #include "desk.h"
 
+#include "lock_guard.h"
+
 #include <algorithm>
 
 namespace
 {
 
 constexpr unsigned int LISTED_NAMES = 6;
+
+// No client of a session takes the memory of the others'.
+constexpr std::size_t MOST_CARDS = 50'000;
+constexpr std::size_t MOST_SERIES = 1'000;
 
 Answer make_Answer(bool bDone, const Lib_String& strText) { return Answer{bDone, strText}; }
 
@@ -17,10 +23,24 @@ bool is_Same_Pin(const Lib_Protected_String& Left, const Lib_Protected_String& R
 }
 
 Answer no_Such_Card() { return make_Answer(false, L"no such card"); }
+Answer no_Room() { return make_Answer(false, L"the table is full"); }
 
 } // namespace
 
+/// A lock that could not be made is found missing by who takes it.
+Desk::Desk(const Desk_Rules& Rules) : m_Rules(Rules)
+{
+    m_Lock.Create(nullptr, false);
+    m_Alarm.Create(nullptr, false, false);
+}
+
 Answer Desk::Serve(const Request& request)
+{
+    const Lock_Guard Guard(m_Lock);
+    return answer(request);
+}
+
+Answer Desk::answer(const Request& request)
 {
     switch (request.m_Operation)
     {
@@ -40,26 +60,66 @@ Answer Desk::Serve(const Request& request)
         return show(request);
     case Operation::list:
         return list(request);
+    case Operation::leave:
+        break;
     }
     return Answer();
 }
 
+unsigned int Desk::Count_Cards() const
+{
+    const Lock_Guard Guard(m_Lock);
+    return static_cast<unsigned int>(m_Cards.size());
+}
+
 unsigned int Desk::Count_Blocked() const
 {
+    const Lock_Guard Guard(m_Lock);
     return static_cast<unsigned int>(std::count_if(
         m_Cards.begin(), m_Cards.end(), [](const auto& Entry) { return Entry.second.m_nTries_Left == 0; }));
 }
 
+unsigned long Desk::Get_Time_To_Expiry() const
+{
+    const Lock_Guard Guard(m_Lock);
+    if (m_Expiries.empty())
+        return INFINITE;
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(m_Expiries.begin()->first - Steady_Clock::now());
+    return static_cast<unsigned long>(std::max<long long>(left.count(), 0));
+}
+
+std::vector<Lib_String> Desk::Expire_Pins()
+{
+    const Lock_Guard Guard(m_Lock);
+    std::vector<Lib_String> Names;
+    const auto now = Steady_Clock::now();
+    while (!m_Expiries.empty() && m_Expiries.begin()->first <= now)
+    {
+        const Lib_String strName = m_Expiries.begin()->second;
+        Names.push_back(strName);
+        m_Cards[strName].m_Pin = Lib_Protected_String();
+        m_Expiries.erase(m_Expiries.begin());
+    }
+    return Names;
+}
+
 Answer Desk::store(const Request& request)
 {
-    if (m_Cards.contains(request.m_strCard))
+    const auto found = m_Cards.find(request.m_strCard);
+    if (found != m_Cards.end() && found->second.Has_Live_Pin())
         return make_Answer(false, L"the card is taken");
+    if (found == m_Cards.end() && m_Cards.size() >= MOST_CARDS)
+        return no_Room();
     enter(request.m_strCard, request);
     return make_Answer(true, L"stored for " + request.m_strOwner);
 }
 
 Answer Desk::issue(const Request& request)
 {
+    if (m_Cards.size() >= MOST_CARDS ||
+        (m_Last_Names.size() >= MOST_SERIES && !m_Last_Names.contains(request.m_strSeries)))
+        return no_Room();
     const Lib_String strName = next_Name(request.m_strSeries);
     enter(strName, request);
     return make_Answer(true, strName + L" issued to " + request.m_strOwner);
@@ -79,7 +139,7 @@ Answer Desk::change(const Request& request)
         return Result;
     if (is_Same_Pin(request.m_New_Pin, request.m_Pin))
         return make_Answer(false, L"the new PIN is the old one");
-    m_Cards[request.m_strCard].m_Pin = request.m_New_Pin;
+    set_Pin(m_Cards.find(request.m_strCard), request.m_New_Pin);
     return Result;
 }
 
@@ -90,32 +150,39 @@ Answer Desk::unblock(const Request& request)
         return no_Such_Card();
     if (found->second.m_nTries_Left != 0)
         return make_Answer(false, L"the card is not blocked");
-    found->second.m_nTries_Left = m_nTries;
+    found->second.m_nTries_Left = m_Rules.m_nTries;
     return make_Answer(true, L"unblocked, " + describe_Tries(found->second));
 }
 
 Answer Desk::remove(const Request& request)
 {
     Answer Result = make_Answer(true, L"removed");
-    if (verify(request, Result))
-        m_Cards.erase(request.m_strCard);
+    if (!verify(request, Result))
+        return Result;
+    const auto found = m_Cards.find(request.m_strCard);
+    forget_Expiry(*found);
+    m_Cards.erase(found);
     return Result;
 }
 
 Answer Desk::show(const Request& request) const
 {
     const auto found = m_Cards.find(request.m_strCard);
-    if (found == m_Cards.end())
-        return no_Such_Card();
-    const Card& card = found->second;
+    return found == m_Cards.end() ? no_Such_Card() : make_Answer(true, describe(found->second));
+}
+
+Lib_String Desk::describe(const Card& card) const
+{
     Lib_String strBadge(L"none");
     if (card.m_Badge.Get_Size() != 0)
         Lib_Write_Buffer(card.m_Badge.Get_Size(), card.m_Badge.Get_Ptr(), strBadge, L':');
     Lib_String strText;
     strText.Format(L"%s, badge %s, %s", card.m_strOwner.GetW(), strBadge.GetW(), describe_Tries(card).GetW());
     if (card.m_Until)
-        strText += L", until " + m_Clock.Write(Lib_DateTime(*card.m_Until, false));
-    return make_Answer(true, strText);
+        strText += L", until " + m_Rules.m_Clock.Write(Lib_DateTime(*card.m_Until, false));
+    if (!card.Has_Live_Pin())
+        strText += L", PIN expired";
+    return strText;
 }
 
 Answer Desk::list(const Request& request) const
@@ -139,7 +206,31 @@ Answer Desk::list(const Request& request) const
 
 void Desk::enter(const Lib_String& strName, const Request& request)
 {
-    m_Cards[strName] = Card{request.m_strOwner, request.m_Pin, request.m_Badge, request.m_Until, m_nTries};
+    const auto where = m_Cards.try_emplace(strName).first;
+    forget_Expiry(*where);
+    where->second =
+        Card{request.m_strOwner, {}, request.m_Badge, request.m_Until, m_Rules.m_nTries, std::nullopt};
+    set_Pin(where, request.m_Pin);
+}
+
+/// PINs live equally long, so the new one is the first to expire only when it is the only one.
+void Desk::set_Pin(Cards::iterator where, const Lib_Protected_String& Pin)
+{
+    Card& card = where->second;
+    forget_Expiry(*where);
+    card.m_Pin = Pin;
+    if (m_Rules.m_Lives == std::chrono::seconds::zero())
+        return;
+    card.m_Pin_Expires = Steady_Clock::now() + m_Rules.m_Lives;
+    m_Expiries.emplace(*card.m_Pin_Expires, where->first);
+    if (m_Expiries.size() == 1)
+        m_Alarm.Set();
+}
+
+void Desk::forget_Expiry(const Cards::value_type& Entry)
+{
+    if (Entry.second.m_Pin_Expires)
+        m_Expiries.erase({*Entry.second.m_Pin_Expires, Entry.first});
 }
 
 /// Names that clients chose themselves are passed over.
@@ -152,8 +243,8 @@ Lib_String Desk::next_Name(const Lib_String& strSeries)
     return strLast;
 }
 
-/// Whether the card exists, isn't expired or blocked, and the PIN is right; otherwise the refusal is ready to
-/// be sent.
+/// Whether the card exists, neither it nor its PIN is expired, it isn't blocked, and the PIN is right;
+/// otherwise the refusal is ready to be sent.
 bool Desk::verify(const Request& request, Answer& Refusal)
 {
     const auto found = m_Cards.find(request.m_strCard);
@@ -168,6 +259,11 @@ bool Desk::verify(const Request& request, Answer& Refusal)
         Refusal = make_Answer(false, L"the card has expired");
         return false;
     }
+    if (!card.Has_Live_Pin())
+    {
+        Refusal = make_Answer(false, L"the PIN has expired");
+        return false;
+    }
     if (card.m_nTries_Left == 0)
     {
         Refusal = make_Answer(false, L"the card is blocked");
@@ -179,7 +275,7 @@ bool Desk::verify(const Request& request, Answer& Refusal)
         Refusal = make_Answer(false, L"PIN wrong, " + describe_Tries(card));
         return false;
     }
-    card.m_nTries_Left = m_nTries;
+    card.m_nTries_Left = m_Rules.m_nTries;
     return true;
 }
 

@@ -2,10 +2,11 @@
 #define PIN_DESK_HOST_H
 
 #include <cstdio>
+#include <lib_platform.h>
 #include <lib_strings.h>
 
 // Where the systems differ: main_linux.cpp and main_windows.cpp each have their own main function and their
-// own Open_For_Reading, and the build takes one of them.
+// own of the functions below, and the build takes one of them.
 
 /// The whole program on a command line of 16-bit text; the result is the exit code.
 int Run_Pin_Desk(int nArguments, wchar_t** ppArguments);
@@ -13,5 +14,9 @@ int Run_Pin_Desk(int nArguments, wchar_t** ppArguments);
 /// Opens a file, whose path is not empty, for binary reading; null when that fails, with the reason in errno.
 /// The caller closes it.
 std::FILE* Open_For_Reading(const Lib_String& strPath);
+
+/// A token by which threads impersonate a session, for the caller to close; null with the platform's last
+/// error when there is none to be had.
+HANDLE Make_Session_Token(unsigned int nSession);
 
 #endif

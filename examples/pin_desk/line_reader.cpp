@@ -2,15 +2,21 @@
 
 #include <cstring>
 
-/// The file needs no block of its own beside the reader's, where lines would stay.
-Line_Reader::Line_Reader(std::FILE* pFile) : m_pFile(pFile) { std::setvbuf(pFile, nullptr, _IONBF, 0); }
+namespace
+{
+
+constexpr std::size_t BLOCK = 65536;
+
+} // namespace
+
+Line_Reader::Line_Reader(Byte_Source& Source) : m_Source(Source), m_Block(BLOCK) {}
 
 Line_Reader::State Line_Reader::Read_Line(Lib_String& strLine)
 {
     Lib_Buffer Line;
     bool bTooLong = false;
     if (!collect(Line, bTooLong))
-        return std::ferror(m_pFile) != 0 ? State::failed : State::end;
+        return m_Source.Has_Failed() ? State::failed : State::end;
     ++m_nLine;
     if (bTooLong)
     {
@@ -25,7 +31,7 @@ bool Line_Reader::fill()
     if (m_nNext == m_nEnd)
     {
         m_nNext = 0;
-        m_nEnd = std::fread(m_Block.data(), 1, m_Block.size(), m_pFile);
+        m_nEnd = m_Source.Read(m_Block.data(), m_Block.size());
     }
     return m_nNext != m_nEnd;
 }
@@ -48,7 +54,8 @@ bool Line_Reader::collect(Lib_Buffer& Line, bool& bTooLong)
             Line.Append(pStart, nLength);
         std::memset(pStart, 0, nLength);
         m_nNext += nLength + (pFeed != nullptr ? 1 : 0);
-        if (pFeed != nullptr)
+        m_bWhole = pFeed != nullptr;
+        if (m_bWhole)
             break;
     }
     return bAny;

@@ -1,13 +1,14 @@
 #ifndef PIN_DESK_LINE_READER_H
 #define PIN_DESK_LINE_READER_H
 
-#include <array>
-#include <cstdio>
+#include "byte_source.h"
+
 #include <lib_foundation.h>
 #include <lib_strings.h>
+#include <vector>
 
-/// Reads the lines of an open UTF-8 file one at a time, whatever the size of the file. The file stays the
-/// caller's; nothing may have been read from it. What has been handed out is wiped: lines hold PINs.
+/// Reads UTF-8 lines from a source one at a time, however many there are. The source stays the caller's;
+/// nothing may have been read from it. What has been handed out is wiped: lines hold PINs.
 class Line_Reader
 {
 public:
@@ -16,12 +17,12 @@ public:
         text,
         malformed, ///< not UTF-8, too long, or with a NUL in it
         end,
-        failed ///< the file couldn't be read
+        failed ///< the source couldn't be read
     };
 
     static constexpr std::size_t LONGEST_LINE = 1000; ///< bytes
 
-    explicit Line_Reader(std::FILE* pFile);
+    explicit Line_Reader(Byte_Source& Source);
 
     /// The next line without the white space at its ends; for a malformed line what is wrong with it.
     State Read_Line(Lib_String& strLine);
@@ -29,14 +30,19 @@ public:
     /// The number of the line that was read last, from 1.
     unsigned int Get_Line_Number() const { return m_nLine; }
 
+    /// Whether the line that was read last had a line feed at its end: the last one may lack it, and may be
+    /// a part of what was to be a line.
+    bool Is_Whole() const { return m_bWhole; }
+
 private:
     bool fill();
     bool collect(Lib_Buffer& Line, bool& bTooLong);
     State convert(Lib_Buffer& Line, Lib_String& strLine) const;
 
-    std::FILE* m_pFile;
+    Byte_Source& m_Source;
     unsigned int m_nLine = 0;
-    std::array<char, 65536> m_Block;
+    bool m_bWhole = false;
+    std::vector<char> m_Block; ///< on the heap, where what is released is wiped
     std::size_t m_nNext = 0;
     std::size_t m_nEnd = 0;
 };

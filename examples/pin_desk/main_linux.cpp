@@ -18,6 +18,11 @@ std::FILE* Open_For_Reading(const Lib_String& strPath)
     return std::fopen(static_cast<const char*>(Path.Get_Ptr()), "rb");
 }
 
+HANDLE Make_Session_Token(unsigned int nSession)
+{
+    return Lib_Create_Session_Token(nSession, TOKEN_QUERY | TOKEN_IMPERSONATE);
+}
+
 int main(int nArguments, char** ppArguments)
 {
     std::vector<Lib_String> Texts(static_cast<std::size_t>(nArguments));

@@ -39,6 +39,8 @@ bool check_Locale(Lib_String& strText)
 /// Few enough digits for the milliseconds of a wait.
 bool check_Seconds(Lib_String& strText) { return is_Number(strText) && strText.Get_Length() <= 6; }
 
+bool check_Patience(Lib_String& strText) { return check_Seconds(strText) && Lib_String_To_Int(strText) >= 1; }
+
 /// The name may have blanks in it; the number of seconds comes last.
 Lib_String name_Of_Guard(const Lib_String& strText)
 {
@@ -106,6 +108,17 @@ Options::Options()
                L"the identifier of a locale, such as 0x419 for Russian", check_Locale),
       m_Local(L"-local", PARAM_TYPE_FLAG, L"", L"", L"Dates and stamps are local time, otherwise UTC", true),
       m_Quiet(L"-quiet", PARAM_TYPE_FLAG, L"", L"", L"Prints only what was refused or malformed", true),
+      m_Expire(L"-expire", PARAM_TYPE_DWORD, L"0", L"seconds", L"Time for which a PIN is good, 0 for ever",
+               true, L"a number of up to 6 digits", check_Seconds),
+      m_Serve(L"-serve", PARAM_TYPE_STRING, L"", L"socket",
+              L"Serves clients on a local socket until SIGINT or SIGTERM", true, L"the path of a socket",
+              is_Not_Empty),
+      m_Ask(L"-ask", PARAM_TYPE_STRING, L"", L"socket",
+            L"Sends requests from standard input to a desk that serves there, and prints its answers", true,
+            L"the path of a socket", is_Not_Empty),
+      m_Idle(L"-idle", PARAM_TYPE_DWORD, L"300", L"seconds",
+             L"Time after which -serve ends a client that is silent", true, L"a number from 1 to 999999",
+             check_Patience),
       m_Watch(L"-watch", PARAM_TYPE_STRING, L"", L"name",
               L"Waits for the named event, or until its guard is lost", true, L"a name", is_Not_Empty),
       m_Wait(L"-wait", PARAM_TYPE_DWORD, L"0", L"seconds", L"Time after which -watch gives up, 0 for never",
@@ -149,6 +162,17 @@ std::vector<wchar_t*> Options::join_Guard_Values(int nArguments, wchar_t** ppArg
     return Arguments;
 }
 
+Desk_Rules Options::Get_Rules() const
+{
+    return {get_Number(m_Tries), std::chrono::seconds(get_Number(m_Expire)),
+            Clock(get_Number(m_Locale), m_Local.Is_Set())};
+}
+
+Report::Style Options::Get_Style(bool bLive) const
+{
+    return {*static_cast<Lib_Buffer*>(m_Key.Get_Param()), m_Quiet.Is_Set(), m_Locale.Is_Set(), bLive};
+}
+
 Lib_String Options::Get_Guarded() const { return name_Of_Guard(get_Text(m_Guard)); }
 
 unsigned int Options::Get_Seconds() const
@@ -168,10 +192,10 @@ unsigned int Options::get_Number(const Lib_Parser_Param& Param)
     return static_cast<unsigned int>(reinterpret_cast<std::uintptr_t>(Param.Get_Param()));
 }
 
-std::array<Option*, 13> Options::all()
+std::array<Option*, 17> Options::all()
 {
-    return {&m_File,  &m_Key,  &m_Tries,  &m_Limit, &m_Locale, &m_Local,  &m_Quiet,
-            &m_Watch, &m_Wait, &m_Signal, &m_Guard, &m_Help,   &m_Version};
+    return {&m_File, &m_Key,  &m_Tries, &m_Limit, &m_Locale, &m_Local, &m_Quiet, &m_Expire, &m_Serve,
+            &m_Ask,  &m_Idle, &m_Watch, &m_Wait,  &m_Signal, &m_Guard, &m_Help,  &m_Version};
 }
 
 const Option* Options::find(const Lib_String& strName)
@@ -208,7 +232,7 @@ Lib_String Options::find_Fault(int nArguments, wchar_t** ppArguments)
 Lib_String Options::find_Fault_Of_Task() const
 {
     const Option* pTask = nullptr;
-    for (const Option* pOption : {&m_File, &m_Watch, &m_Signal, &m_Guard})
+    for (const Option* pOption : {&m_File, &m_Serve, &m_Ask, &m_Watch, &m_Signal, &m_Guard})
     {
         if (pOption->Is_Set() && pTask != nullptr)
             return pTask->Get_Name() + L" and " + pOption->Get_Name() + L" are two tasks";

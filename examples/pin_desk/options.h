@@ -1,7 +1,8 @@
 #ifndef PIN_DESK_OPTIONS_H
 #define PIN_DESK_OPTIONS_H
 
-#include "clock.h"
+#include "desk.h"
+#include "report.h"
 
 #include <array>
 #include <lib_foundation.h>
@@ -51,18 +52,20 @@ public:
 
     bool Wants_Help() const { return m_Help.Is_Set(); }
     bool Wants_Version() const { return m_Version.Is_Set(); }
-    /// Whether the lines of the report tell the time.
-    bool Wants_Stamps() const { return m_Locale.Is_Set(); }
-    Clock Get_Clock() const { return Clock(get_Number(m_Locale), m_Local.Is_Set()); }
-    bool Is_Quiet() const { return m_Quiet.Is_Set(); }
+    Desk_Rules Get_Rules() const;
+    /// Of a report that is read while it is written, or afterwards.
+    Report::Style Get_Style(bool bLive) const;
     const Lib_String& Get_File() const { return get_Text(m_File); }
-    const Lib_Buffer& Get_Key() const { return *static_cast<Lib_Buffer*>(m_Key.Get_Param()); }
-    unsigned int Get_Tries() const { return get_Number(m_Tries); }
     /// How many requests to serve; 0 means all.
     unsigned int Get_Limit() const { return get_Number(m_Limit); }
 
-    /// The names of the event to watch, to signal and to guard; the one that is not empty is the task. When
-    /// all are, it is the file.
+    /// The paths of the socket to serve and to ask at, and how many seconds a client may be silent.
+    const Lib_String& Get_Served() const { return get_Text(m_Serve); }
+    const Lib_String& Get_Asked() const { return get_Text(m_Ask); }
+    unsigned int Get_Patience() const { return get_Number(m_Idle); }
+
+    /// The names of the event to watch, to signal and to guard. The text that is not empty, of these and the
+    /// paths, is the task. When all are, it is the file.
     const Lib_String& Get_Watched() const { return get_Text(m_Watch); }
     const Lib_String& Get_Signalled() const { return get_Text(m_Signal); }
     Lib_String Get_Guarded() const;
@@ -77,7 +80,7 @@ private:
     }
 
     /// All options, in the order of the help.
-    std::array<Option*, 13> all();
+    std::array<Option*, 17> all();
     const Option* find(const Lib_String& strName);
     Lib_String find_Fault(int nArguments, wchar_t** ppArguments);
     Lib_String find_Fault_Of_Task() const;
@@ -103,6 +106,10 @@ private:
     Option m_Locale;
     Option m_Local;
     Option m_Quiet;
+    Option m_Expire;
+    Option m_Serve;
+    Option m_Ask;
+    Option m_Idle;
     Option m_Watch;
     Option m_Wait;
     Option m_Signal;

@@ -1,16 +1,16 @@
-// The desk that keeps the PINs of its clients' cards: it reads requests from a file, answers each of them and
-// prints a line for each answer, and shows the library at work on the way. Other tasks watch, signal and
-// guard a named event across processes.
+// The desk that keeps the PINs of its clients' cards: it takes requests from a file or from a socket, answers
+// each of them and prints a line for each answer, and shows the library at work on the way. Other tasks
+// watch, signal and guard a named event across processes.
 //
 // Exit codes: 0 when the file was read to its end or the limit, also with malformed lines in it; 1 when the
 // report could not be written, memory ran out or there is no cipher for PINs; 2 when the command line or the
-// file is no good. Those of the other tasks are told in watch.h.
+// file is no good. Those of the other tasks are told in socket_service.h and watch.h.
 
-#include "desk.h"
+#include "file_service.h"
 #include "host.h"
-#include "line_reader.h"
 #include "options.h"
-#include "report.h"
+#include "socket_service.h"
+#include "text_output.h"
 #include "watch.h"
 
 #include <cerrno>
@@ -31,41 +31,27 @@ struct Close_File
     void operator()(std::FILE* pFile) const { std::fclose(pFile); }
 };
 
-void serve_Line(unsigned int nLine, const Lib_String& strLine, const Clock& clock, Desk& desk, Report& report)
+class File_Source final : public Byte_Source
 {
-    if (strLine.Is_Empty() || strLine.Get_At(0) == L'#')
-        return;
-    Request request;
-    Lib_String strFault;
-    if (Read_Request(strLine, clock, request, strFault))
-        report.Add_Answer(nLine, request, desk.Serve(request));
-    else
-        report.Add_Malformed(nLine, strFault);
-}
+public:
+    /// The file, which stays the caller's, needs no block of its own, where lines would stay.
+    explicit File_Source(std::FILE* pFile) : m_pFile(pFile) { std::setvbuf(pFile, nullptr, _IONBF, 0); }
+    ~File_Source() override = default;
 
-/// Serves all requests of the file, up to the limit; false when reading fails.
-bool serve_File(std::FILE* pFile, const Options& options)
-{
-    const Clock clock = options.Get_Clock();
-    Desk desk(options.Get_Tries(), clock);
-    Report report(options.Get_Key(), options.Is_Quiet(), clock, options.Wants_Stamps());
-    Line_Reader Reader(pFile);
-    Lib_String strLine;
-    const unsigned int nLimit = options.Get_Limit();
-    while (nLimit == 0 || report.Count_Requests() < nLimit)
+    std::size_t Read(char* pBytes, std::size_t nRoom) override
     {
-        const Line_Reader::State state = Reader.Read_Line(strLine);
-        if (state == Line_Reader::State::failed)
-            return false;
-        if (state == Line_Reader::State::end)
-            break;
-        if (state == Line_Reader::State::malformed)
-            report.Add_Malformed(Reader.Get_Line_Number(), strLine);
-        else
-            serve_Line(Reader.Get_Line_Number(), strLine, clock, desk, report);
+        return std::fread(pBytes, 1, nRoom, m_pFile);
     }
-    report.Print_Summary(desk);
-    return true;
+    bool Has_Failed() const override { return std::ferror(m_pFile) != 0; }
+
+private:
+    std::FILE* m_pFile;
+};
+
+bool serve(std::FILE* pFile, const Options& options)
+{
+    File_Source Source(pFile);
+    return Serve_File(Source, options);
 }
 
 /// Why a file can't be opened or read: errno as the platform's code for the same, and its text. Of a
@@ -112,6 +98,10 @@ int run(int nArguments, wchar_t** ppArguments)
     }
     if (!bRead)
         return refuse(options, strFault);
+    if (!options.Get_Served().Is_Empty())
+        return Serve_Socket(options.Get_Served(), options);
+    if (!options.Get_Asked().Is_Empty())
+        return Ask_Socket(options.Get_Asked());
     if (!options.Get_Watched().Is_Empty())
         return Watch(options.Get_Watched(), options.Get_Seconds());
     if (!options.Get_Signalled().Is_Empty())
@@ -119,7 +109,7 @@ int run(int nArguments, wchar_t** ppArguments)
     if (!options.Get_Guarded().Is_Empty())
         return Guard(options.Get_Guarded(), options.Get_Seconds());
     const std::unique_ptr<std::FILE, Close_File> pFile(Open_For_Reading(options.Get_File()));
-    if (pFile == nullptr || !serve_File(pFile.get(), options))
+    if (pFile == nullptr || !serve(pFile.get(), options))
         return refuse(options, L"The file " + options.Get_File() + L" cannot be read: " + tell_Reason(errno));
     return EXIT_DONE;
 }

@@ -1,30 +1,55 @@
 #ifndef PIN_DESK_REPORT_H
 #define PIN_DESK_REPORT_H
 
-#include "desk.h"
-#include "request.h"
+#include "session.h"
 
-#include <map>
+/// Who asks: a client of a session. Number 0 is one that didn't tell clients apart.
+struct Client_Name
+{
+    unsigned int m_nSession = 0;
+    unsigned int m_nClient = 0;
+
+    bool operator<(const Client_Name& Other) const
+    {
+        return std::pair(m_nSession, m_nClient) < std::pair(Other.m_nSession, Other.m_nClient);
+    }
+};
 
 /// Prints the desk's answers in UTF-8 to standard output, one on a line, counts them for the summary, and
-/// draws an audit digest over all of them, printed or not, by which two reports of one session can be
-/// compared.
-class Report
+/// draws an audit digest over all of them, printed or not, by which two reports of one day can be compared.
+/// Any thread may add to it at any time.
+class Report final : public Session_Witness
 {
 public:
-    /// The key is mixed into the numbers of receipts; bQuiet leaves out what was done; bStamps begins lines
-    /// with the time by the clock.
-    Report(const Lib_Buffer& Key, bool bQuiet, const Clock& clock, bool bStamps)
-        : m_Key(Key), m_bQuiet(bQuiet), m_Clock(clock), m_bStamps(bStamps)
+    struct Style
     {
-    }
+        Lib_Buffer m_Key; ///< mixed into the numbers of receipts
+        bool m_bQuiet;    ///< leaves out what was done
+        bool m_bStamps;   ///< begins lines with the time by the clock
+        bool m_bLive;     ///< shows each line at once, and sessions when they open and close
+    };
 
-    void Add_Answer(unsigned int nLine, const Request& request, const Answer& answer);
-    void Add_Malformed(unsigned int nLine, const Lib_String& strFault);
-    void Print_Summary(const Desk& desk) const;
+    Report(const Style& style, const Clock& clock);
+    ~Report() override = default;
 
-    /// Requests so far, malformed ones too.
-    unsigned int Count_Requests() const { return m_Total.m_nDone + m_Total.m_nRefused + m_nMalformed; }
+    void Add_Answer(unsigned int nLine, const Client_Name& client, const Request& request,
+                    const Answer& answer);
+    /// The client is null where nobody can tell whose line it is.
+    void Add_Malformed(unsigned int nLine, const Client_Name* pClient, const Lib_String& strFault);
+
+    /// A line of its own about anything else.
+    void Add_Note(const Lib_String& strText);
+
+    /// The cards are those of the sessions that are open; null leaves cards out.
+    void Print_Summary(const std::map<unsigned int, Session_Count>* pCards);
+
+    /// How many sessions there have been.
+    void Print_Sessions();
+
+    void Session_Opened(unsigned int nSession) override;
+    void Session_Closed(unsigned int nSession, unsigned int nCards) override;
+    void Pin_Expired(unsigned int nSession, const Lib_String& strCard) override;
+    void Watch_Died(unsigned int nSession) override;
 
 private:
     struct Counts
@@ -36,25 +61,22 @@ private:
         unsigned int Get_Sum() const { return m_nDone + m_nRefused; }
     };
 
+    unsigned int count_Requests() const { return m_Total.m_nDone + m_Total.m_nRefused + m_nMalformed; }
+    void add_Note(const Lib_String& strText) const;
     Lib_String make_Receipt() const;
     void add_To_Audit(const Lib_String& strLine);
     Lib_String describe_Audit() const;
     void print_Stamped(const Lib_String& strLine) const;
 
-    Lib_Buffer m_Key;
-    bool m_bQuiet;
+    Style m_Style;
     Clock m_Clock;
-    bool m_bStamps;
+    Lib_Mutex m_Lock; ///< of the output and of what follows
     Counts m_Total;
     std::map<unsigned int, Counts> m_Sessions;
     unsigned int m_nMalformed = 0;
+    unsigned int m_nOpened = 0;
+    unsigned int m_nClosed = 0;
     unsigned long m_nAudit = 0; ///< checksum of each line together with that of the lines before
 };
-
-/// Prints a line in UTF-8.
-void Print_Line(const Lib_String& strLine);
-
-/// The platform's text for one of its codes, ready to stand in a line: without line end and full stop.
-Lib_String Get_Error_Text(unsigned int nCode);
 
 #endif

@@ -17,7 +17,8 @@ enum Field : unsigned int
     FIELD_PIN = 0x20,
     FIELD_NEW = 0x40,
     FIELD_BADGE = 0x80,
-    FIELD_UNTIL = 0x100
+    FIELD_UNTIL = 0x100,
+    FIELD_CLIENT = 0x200
 };
 
 struct Operation_Record
@@ -37,6 +38,7 @@ constexpr Operation_Record OPERATIONS[] = {
     {Operation::remove, L"remove", FIELD_CARD | FIELD_PIN, 0},
     {Operation::show, L"show", FIELD_CARD, 0},
     {Operation::list, L"list", 0, FIELD_OWNER},
+    {Operation::leave, L"leave", 0, 0},
 };
 
 bool consists_Of(const Lib_String& strText, const wchar_t* pSet, unsigned long long nLeast,
@@ -66,7 +68,13 @@ bool read_Operation(const Lib_String& strValue, Request& Result)
 
 bool read_Session(const Lib_String& strValue, Request& Result)
 {
-    Result.m_nSession = static_cast<unsigned int>(Lib_String_To_Int(strValue));
+    Result.m_Session = static_cast<unsigned int>(Lib_String_To_Int(strValue));
+    return consists_Of(strValue, DIGITS, 1, 6);
+}
+
+bool read_Client(const Lib_String& strValue, Request& Result)
+{
+    Result.m_nClient = static_cast<unsigned int>(Lib_String_To_Int(strValue));
     return consists_Of(strValue, DIGITS, 1, 6);
 }
 
@@ -133,6 +141,7 @@ struct Field_Record
 constexpr Field_Record FIELDS[] = {
     {FIELD_OP, L"op", L"an operation of the desk", read_Operation},
     {FIELD_SESSION, L"session", L"a number of up to 6 digits", read_Session},
+    {FIELD_CLIENT, L"client", L"a number of up to 6 digits", read_Client},
     {FIELD_CARD, L"card", L"1 to 12 letters, digits or dashes", read_Card},
     {FIELD_SERIES, L"series", L"1 to 4 letters", read_Series},
     {FIELD_OWNER, L"owner", L"a name of up to 60 characters", read_Owner},
@@ -197,7 +206,9 @@ bool check_Fields(Operation operation, unsigned int nSeen, Lib_String& strFault)
     }
     const Operation_Record& Record = OPERATIONS[static_cast<int>(operation)];
     const unsigned int nMissing = Record.m_nRequired & ~nSeen;
-    const unsigned int nExtra = nSeen & ~(Record.m_nRequired | Record.m_nOptional | FIELD_OP | FIELD_SESSION);
+    const unsigned int nTaken =
+        Record.m_nRequired | Record.m_nOptional | FIELD_OP | FIELD_SESSION | FIELD_CLIENT;
+    const unsigned int nExtra = nSeen & ~nTaken;
     if (nMissing != 0)
         strFault.Format(L"%s needs %s", Record.m_pName, name_Field(nMissing));
     else if (nExtra != 0)
@@ -244,4 +255,4 @@ const wchar_t* Get_Operation_Name(Operation operation)
     return OPERATIONS[static_cast<int>(operation)].m_pName;
 }
 
-static_assert(std::size(OPERATIONS) == static_cast<std::size_t>(Operation::list) + 1);
+static_assert(std::size(OPERATIONS) == static_cast<std::size_t>(Operation::leave) + 1);

@@ -16,7 +16,8 @@ enum class Operation
     unblock,
     remove,
     show,
-    list
+    list,
+    leave
 };
 
 /// One request of a client. Fields that its operation doesn't take are empty.
@@ -31,12 +32,14 @@ enum class Operation
 ///   show      card                          tells the owner, the badge and the tries left
 ///   list      [owner]                       counts and names the cards, or those of owners whose name
 ///                                           holds a text
+///   leave                                   ends the client's stay; the table goes with the last client
 ///
-/// Each takes [session], the number of the client's session, too.
+/// Each takes [session] and [client], too: the numbers of the client's session and of the client in it.
 struct Request
 {
     Operation m_Operation = Operation::list;
-    unsigned int m_nSession = 0;
+    std::optional<unsigned int> m_Session; ///< none means the desk's own
+    unsigned int m_nClient = 0;            ///< tells the clients of a session apart
     Lib_String m_strCard;
     Lib_String m_strSeries;
     Lib_String m_strOwner;

@@ -1,6 +1,6 @@
 #include "watch.h"
 
-#include "report.h"
+#include "text_output.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,0 +1,378 @@
+#include "socket_service.h"
+
+#include "client_thread.h"
+#include "line_reader.h"
+#include "local_socket_linux.h"
+#include "text_output.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <exception>
+#include <list>
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/signalfd.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace
+{
+
+constexpr std::size_t MOST_CLIENTS = 128;
+constexpr std::chrono::seconds LAST_WORDS(2); ///< for what is under way when the desk closes
+
+bool send_All(int nSocket, const Lib_String& strLine, int nFlags)
+{
+    Lib_Buffer Line = To_Utf8(strLine);
+    Line.Append("\n", 1);
+    const auto* pNext = static_cast<const char*>(Line.Get_Ptr());
+    auto nLeft = static_cast<std::size_t>(Line.Get_Size());
+    while (nLeft != 0)
+    {
+        const ssize_t nSent = send(nSocket, pNext, nLeft, MSG_NOSIGNAL | nFlags);
+        if (nSent < 0 && errno == EINTR)
+            continue;
+        if (nSent <= 0)
+            return false;
+        pNext += nSent;
+        nLeft -= static_cast<std::size_t>(nSent);
+    }
+    return true;
+}
+
+class Socket_Source final : public Byte_Source
+{
+public:
+    explicit Socket_Source(int nSocket) : m_nSocket(nSocket) {}
+    ~Socket_Source() override = default;
+
+    std::size_t Read(char* pBytes, std::size_t nRoom) override
+    {
+        ssize_t nRead = 0;
+        do
+            nRead = recv(m_nSocket, pBytes, nRoom, 0);
+        while (nRead < 0 && errno == EINTR);
+        m_nError = nRead < 0 ? errno : 0;
+        return nRead > 0 ? static_cast<std::size_t>(nRead) : 0;
+    }
+    bool Has_Failed() const override { return m_nError != 0; }
+    bool Was_Silent() const { return m_nError == EAGAIN || m_nError == EWOULDBLOCK; }
+
+private:
+    int m_nSocket;
+    int m_nError = 0;
+};
+
+/// What the clients have in common.
+struct Service
+{
+    Sessions& m_All;
+    Report& m_Report;
+    Clock m_Clock;
+    unsigned int m_nPatience;                                   ///< seconds
+    Descriptor m_Ended{eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)}; ///< rung by clients when they have ended
+};
+
+/// A client on a connection, served on a thread of his own under the token that the kernel's answer about his
+/// process makes.
+class Connection
+{
+public:
+    Connection(Service& service, Descriptor Socket, unsigned int nNumber)
+        : m_Service(service), m_Socket(std::move(Socket)), m_nNumber(nNumber)
+    {
+    }
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+
+    /// Ends the thread, whatever the client does.
+    ~Connection();
+
+    /// False when there is no serving this client, who is told so.
+    bool Start();
+
+    bool Has_Ended() const { return m_bEnded; }
+
+    /// The request that is being answered is the last one.
+    void Ask_To_End();
+    bool Wait_For_End(unsigned long nMilliseconds) { return m_Thread.Wait_Until_Object_0(nMilliseconds); }
+
+private:
+    static unsigned int run(void* pConnection);
+    bool limit_Silence();
+    void serve_All();
+    void serve_Lines(Sessions::Visit& Visit);
+    bool serve_Line(unsigned int nLine, const Lib_String& strLine, Sessions::Visit& Visit);
+    bool answer(unsigned int nLine, const Request& request, Sessions::Visit& Visit);
+    bool tell_Malformed(unsigned int nLine, const Lib_String& strFault);
+    bool say(const Lib_String& strLine) const { return send_All(m_Socket.Get(), strLine, 0); }
+
+    Service& m_Service;
+    Descriptor m_Socket;
+    unsigned int m_nNumber;
+    unsigned int m_nSession = 0;
+    std::atomic<bool> m_bTo_End{false};
+    std::atomic<bool> m_bEnded{false};
+    Lib_Synchro m_Thread;
+};
+
+Connection::~Connection()
+{
+    if (m_Thread == nullptr)
+        return;
+    m_bTo_End = true;
+    shutdown(m_Socket.Get(), SHUT_RDWR);
+    m_Thread.Wait(INFINITE);
+}
+
+bool Connection::Start()
+{
+    Lib_Result result;
+    Lib_Handle Token;
+    const bool bLimited = limit_Silence();
+    Token.Attach(Lib_Create_Client_Token(m_Socket.Get()));
+    if (Token == nullptr || !bLimited)
+        result.Set_Result(GetLastError(), 1);
+    else if (Start_Client_Thread(Token, &run, this, m_Thread, result))
+        return true;
+    const Lib_String strReason = Get_Error_Text(result.Get_Result_Code());
+    send_All(m_Socket.Get(), L"refused: no serving this client: " + strReason, MSG_DONTWAIT);
+    m_Service.m_Report.Add_Note(L"client " + Lib_Int_To_String(static_cast<int>(m_nNumber)) +
+                                L" is not served: " + strReason);
+    return false;
+}
+
+/// A client who neither asks nor takes his answers keeps his thread for no longer than this.
+bool Connection::limit_Silence()
+{
+    const timeval Time{static_cast<time_t>(m_Service.m_nPatience), 0};
+    return setsockopt(m_Socket.Get(), SOL_SOCKET, SO_RCVTIMEO, &Time, sizeof(Time)) == 0 &&
+           setsockopt(m_Socket.Get(), SOL_SOCKET, SO_SNDTIMEO, &Time, sizeof(Time)) == 0;
+}
+
+void Connection::Ask_To_End()
+{
+    m_bTo_End = true;
+    shutdown(m_Socket.Get(), SHUT_RD);
+}
+
+unsigned int Connection::run(void* pConnection)
+{
+    auto& connection = *static_cast<Connection*>(pConnection);
+    try
+    {
+        connection.serve_All();
+    }
+    catch (const std::exception& Error)
+    {
+        std::fprintf(stderr, "pin_desk: client %u: %s\n", connection.m_nNumber, Error.what());
+    }
+    shutdown(connection.m_Socket.Get(), SHUT_RDWR);
+    connection.m_bEnded = true;
+    const std::uint64_t nOne = 1;
+    return write(connection.m_Service.m_Ended.Get(), &nOne, sizeof(nOne)) == sizeof(nOne) ? 0 : 1;
+}
+
+void Connection::serve_All()
+{
+    m_nSession = Sessions::Get_Own_Number();
+    Sessions::Visit Visit(m_Service.m_All);
+    serve_Lines(Visit);
+    if (m_bTo_End)
+        say(L"the desk closes");
+}
+
+/// A line whose end has not come is no request: who knows what it was to be.
+void Connection::serve_Lines(Sessions::Visit& Visit)
+{
+    Socket_Source Source(m_Socket.Get());
+    Line_Reader Reader(Source);
+    Lib_String strLine;
+    bool bGo_On = true;
+    while (bGo_On && !m_bTo_End)
+    {
+        const Line_Reader::State state = Reader.Read_Line(strLine);
+        if (Source.Was_Silent())
+            say(L"the desk has waited long enough");
+        if (state == Line_Reader::State::end || state == Line_Reader::State::failed || !Reader.Is_Whole())
+            return;
+        bGo_On = state == Line_Reader::State::malformed
+                     ? tell_Malformed(Reader.Get_Line_Number(), strLine)
+                     : serve_Line(Reader.Get_Line_Number(), strLine, Visit);
+    }
+}
+
+bool Connection::serve_Line(unsigned int nLine, const Lib_String& strLine, Sessions::Visit& Visit)
+{
+    if (strLine.Is_Empty() || strLine.Get_At(0) == L'#')
+        return true;
+    Request request;
+    Lib_String strFault;
+    if (!Read_Request(strLine, m_Service.m_Clock, request, strFault))
+        return tell_Malformed(nLine, strFault);
+    if (request.m_nClient != 0 || request.m_Session.value_or(m_nSession) != m_nSession)
+        return tell_Malformed(nLine, L"who asks is known from the socket");
+    return answer(nLine, request, Visit);
+}
+
+bool Connection::answer(unsigned int nLine, const Request& request, Sessions::Visit& Visit)
+{
+    const Answer Result = Visit.Serve(request);
+    m_Service.m_Report.Add_Answer(nLine, {m_nSession, m_nNumber}, request, Result);
+    return say((Result.m_bDone ? L"done: " : L"refused: ") + Result.m_strText) && !Visit.Is_Over();
+}
+
+bool Connection::tell_Malformed(unsigned int nLine, const Lib_String& strFault)
+{
+    const Client_Name client{m_nSession, m_nNumber};
+    m_Service.m_Report.Add_Malformed(nLine, &client, strFault);
+    return say(L"malformed: " + strFault);
+}
+
+/// From its making until somebody asks the process to end, signals wait to be taken; after that they have
+/// their usual effect again, so that a desk that does not come to its end can be ended.
+class Stop_Signals
+{
+public:
+    Stop_Signals()
+    {
+        std::signal(SIGPIPE, SIG_IGN);
+        sigemptyset(&m_Set);
+        sigaddset(&m_Set, SIGINT);
+        sigaddset(&m_Set, SIGTERM);
+        pthread_sigmask(SIG_BLOCK, &m_Set, nullptr);
+        m_File = Descriptor(signalfd(-1, &m_Set, SFD_CLOEXEC | SFD_NONBLOCK));
+    }
+
+    int Get() const { return m_File.Get(); }
+
+    /// The name of the signal that has come.
+    Lib_String Take()
+    {
+        signalfd_siginfo Info{};
+        const ssize_t nRead = read(m_File.Get(), &Info, sizeof(Info));
+        pthread_sigmask(SIG_UNBLOCK, &m_Set, nullptr);
+        return nRead == sizeof(Info) && Info.ssi_signo == SIGINT ? L"SIGINT" : L"SIGTERM";
+    }
+
+private:
+    sigset_t m_Set;
+    Descriptor m_File;
+};
+
+/// Takes connections in, and ended ones away.
+class Reception
+{
+public:
+    Reception(Service& service, Listener& listener) : m_Service(service), m_Listener(listener) {}
+
+    /// Until the signal comes.
+    void Work(const Stop_Signals& Signals);
+
+    /// No new clients; what the present ones are being answered is still said.
+    void Close();
+
+private:
+    void accept_One();
+    void take_Away_Ended();
+
+    Service& m_Service;
+    Listener& m_Listener;
+    bool m_bRoom = true; ///< false after the system had no room for another connection
+    unsigned int m_nNumber = 0;
+    std::list<Connection> m_Connections;
+};
+
+void Reception::Work(const Stop_Signals& Signals)
+{
+    while (true)
+    {
+        // Without room it is tried again when somebody ends, or after a second.
+        pollfd Files[] = {{Signals.Get(), POLLIN, 0},
+                          {m_Service.m_Ended.Get(), POLLIN, 0},
+                          {m_bRoom ? m_Listener.Get() : -1, POLLIN, 0}};
+        const int nReady = poll(Files, std::size(Files), m_bRoom ? -1 : 1000);
+        m_bRoom = true;
+        if (nReady < 0)
+            continue;
+        if (Files[0].revents != 0)
+            return;
+        if (Files[1].revents != 0)
+            take_Away_Ended();
+        if (Files[2].revents != 0)
+            accept_One();
+    }
+}
+
+void Reception::accept_One()
+{
+    Descriptor Socket(accept4(m_Listener.Get(), nullptr, nullptr, SOCK_CLOEXEC));
+    if (!Socket.Is_Open())
+    {
+        m_bRoom = errno == EAGAIN || errno == EINTR || errno == ECONNABORTED;
+        return;
+    }
+    ++m_nNumber;
+    if (m_Connections.size() >= MOST_CLIENTS)
+    {
+        send_All(Socket.Get(), L"refused: too many clients", MSG_DONTWAIT);
+        return;
+    }
+    Connection& connection = m_Connections.emplace_back(m_Service, std::move(Socket), m_nNumber);
+    if (!connection.Start())
+        m_Connections.pop_back();
+}
+
+void Reception::take_Away_Ended()
+{
+    std::uint64_t nRings = 0;
+    if (read(m_Service.m_Ended.Get(), &nRings, sizeof(nRings)) == sizeof(nRings))
+        m_Connections.remove_if([](const Connection& connection) { return connection.Has_Ended(); });
+}
+
+void Reception::Close()
+{
+    using Time = std::chrono::steady_clock;
+    m_Listener.Close();
+    for (Connection& connection : m_Connections)
+        connection.Ask_To_End();
+    const Time::time_point end = Time::now() + LAST_WORDS;
+    for (Connection& connection : m_Connections)
+    {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Time::now()).count();
+        connection.Wait_For_End(static_cast<unsigned long>(std::max<long long>(left, 0)));
+    }
+    m_Connections.clear();
+}
+
+} // namespace
+
+int Serve_Socket(const Lib_String& strPath, const Options& options)
+{
+    Stop_Signals Signals;
+    Listener listener;
+    Lib_String strFault;
+    if (!listener.Open(strPath, strFault))
+    {
+        Print_Line(L"The desk cannot serve on " + strPath + L": " + strFault + L".");
+        return EXIT_NO_SOCKET;
+    }
+    const Desk_Rules Rules = options.Get_Rules();
+    Report report(options.Get_Style(true), Rules.m_Clock);
+    {
+        Sessions All(Rules, report);
+        Service service{All, report, Rules.m_Clock, options.Get_Patience()};
+        Reception reception(service, listener);
+        report.Add_Note(L"the desk serves on " + strPath);
+        reception.Work(Signals);
+        report.Add_Note(Signals.Take() + L": the desk closes");
+        reception.Close();
+    }
+    report.Print_Summary(nullptr);
+    report.Print_Sessions();
+    return EXIT_SERVED;
+}
