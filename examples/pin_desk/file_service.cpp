@@ -154,9 +154,9 @@ void serve_Line(unsigned int nLine, const Lib_String& strLine, const Clock& cloc
 
 bool serve_Lines(Line_Reader& Reader, unsigned int nLimit, const Clock& clock, File_Service& Service)
 {
-    Lib_String strLine;
     while (nLimit == 0 || Service.Count_Requests() < nLimit)
     {
+        Lib_String strLine;
         const Line_Reader::State state = Reader.Read_Line(strLine);
         if (state == Line_Reader::State::failed)
             return false;

@@ -191,10 +191,10 @@ void Connection::serve_Lines(Sessions::Visit& Visit)
 {
     Socket_Source Source(m_Socket.Get());
     Line_Reader Reader(Source);
-    Lib_String strLine;
     bool bGo_On = true;
     while (bGo_On && !m_bTo_End)
     {
+        Lib_String strLine; // not kept while the next one is waited for
         const Line_Reader::State state = Reader.Read_Line(strLine);
         if (Source.Was_Silent())
             say(L"the desk has waited long enough");

@@ -1,6 +1,7 @@
 // pin_desk_memory_test PROGRAM FILE: looks for PINs in the memory of the running desk. FILE is written with
 // requests, first those with PINs and then many that fill the desk's output, which nobody reads: so the desk
-// stops in the middle of its work, with the cards in its table.
+// stops in the middle of its work, with the cards in its table. Then the same when it serves a client on a
+// socket, who is still there.
 
 #include <cstdio>
 #include <cstdlib>
@@ -13,6 +14,8 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -22,13 +25,22 @@ namespace
 constexpr const char* PINS[] = {"83920175", "47160392"};
 constexpr const char* OWNER = "Zacharias Quimby";
 
+/// Four requests, and one that is refused before it is looked at.
+std::string write_Lines()
+{
+    std::ostringstream Lines;
+    Lines << "op=store card=0001 pin=" << PINS[0] << " owner=" << OWNER << "\n"
+          << "op=check card=0001 pin=" << PINS[0] << "\n"
+          << "op=change card=0001 pin=" << PINS[0] << " new=" << PINS[1] << "\n"
+          << "op=check card=0001 pin=" << PINS[1] << "\n"
+          << "op=check card=0001 pin=" << PINS[1] << " session=999999\n";
+    return Lines.str();
+}
+
 void write_Requests(const char* pPath)
 {
     std::ofstream File(pPath);
-    File << "op=store card=0001 pin=" << PINS[0] << " owner=" << OWNER << "\n"
-         << "op=check card=0001 pin=" << PINS[0] << "\n"
-         << "op=change card=0001 pin=" << PINS[0] << " new=" << PINS[1] << "\n"
-         << "op=check card=0001 pin=" << PINS[1] << "\n";
+    File << write_Lines();
     for (int i = 0; i < 600; ++i)
         File << "op=show card=0001\n";
 }
@@ -110,31 +122,86 @@ int check(const std::vector<std::string>& Memory)
     return nFaults;
 }
 
-} // namespace
-
-int main(int nArguments, char** ppArguments)
+/// The desk with its output on the descriptor.
+pid_t start_Desk(const char* pProgram, const char* pTask, const char* pPath, int output)
 {
-    if (nArguments != 3)
-        return 2;
-    write_Requests(ppArguments[2]);
-    int ends[2];
-    if (pipe(ends) != 0 || fcntl(ends[1], F_SETPIPE_SZ, 4096) < 0)
-        return 2;
     const pid_t desk = fork();
-    if (desk == 0)
-    {
-        dup2(ends[1], STDOUT_FILENO);
-        close(ends[0]);
-        close(ends[1]);
-        execl(ppArguments[1], ppArguments[1], "-in", ppArguments[2], static_cast<char*>(nullptr));
-        _exit(127);
-    }
+    if (desk != 0)
+        return desk;
+    dup2(output, STDOUT_FILENO);
+    execl(pProgram, pProgram, pTask, pPath, static_cast<char*>(nullptr));
+    _exit(127);
+}
+
+void end_Desk(pid_t desk)
+{
+    kill(desk, SIGKILL);
+    waitpid(desk, nullptr, 0);
+}
+
+int check_File(const char* pProgram, const char* pFile)
+{
+    write_Requests(pFile);
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0 || fcntl(ends[1], F_SETPIPE_SZ, 4096) < 0)
+        return 2;
+    const pid_t desk = start_Desk(pProgram, "-in", pFile, ends[1]);
     close(ends[1]);
     const bool bStopped = wait_For_Stop(desk, ends[0]);
     const int nFaults = bStopped ? check(read_Memory(desk)) : 1;
     if (!bStopped)
         std::fprintf(stderr, "The desk did not fill its output.\n");
-    kill(desk, SIGKILL);
-    waitpid(desk, nullptr, 0);
+    close(ends[0]);
+    end_Desk(desk);
+    return nFaults;
+}
+
+/// Waits for that many lines.
+bool read_Lines(int nFile, int nLines)
+{
+    char ch = 0;
+    while (nLines > 0 && read(nFile, &ch, 1) == 1)
+        nLines -= ch == '\n' ? 1 : 0;
+    return nLines == 0;
+}
+
+/// Asks on the socket, and looks when all is answered.
+int check_Service(const char* pProgram, const char* pSocket)
+{
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0)
+        return 2;
+    const pid_t desk = start_Desk(pProgram, "-serve", pSocket, ends[1]);
+    close(ends[1]);
+    sockaddr_un Address{};
+    Address.sun_family = AF_UNIX;
+    std::snprintf(Address.sun_path, sizeof(Address.sun_path), "%s", pSocket);
+    const int client = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const std::string strLines = write_Lines();
+    const bool bAnswered = read_Lines(ends[0], 1) && // it serves
+                           connect(client, reinterpret_cast<sockaddr*>(&Address), sizeof(Address)) == 0 &&
+                           write(client, strLines.data(), strLines.size()) > 0 && read_Lines(client, 5);
+    const int nFaults = bAnswered ? check(read_Memory(desk)) : 1;
+    if (!bAnswered)
+        std::fprintf(stderr, "The desk did not answer on its socket.\n");
+    close(client);
+    close(ends[0]);
+    end_Desk(desk);
+    unlink(pSocket);
+    return nFaults;
+}
+
+} // namespace
+
+int main(int nArguments, char** ppArguments)
+{
+    char folder[] = "/tmp/desk.XXXXXX"; // the paths of sockets are short
+    if (nArguments != 3 || mkdtemp(folder) == nullptr)
+        return 2;
+    alarm(50);
+    const std::string strSocket = std::string(folder) + "/s";
+    const int nFaults =
+        check_File(ppArguments[1], ppArguments[2]) + check_Service(ppArguments[1], strSocket.c_str());
+    rmdir(folder);
     return nFaults == 0 ? 0 : 1;
 }

@@ -13,13 +13,14 @@
 namespace
 {
 
-int nFaults = 0;
+std::atomic<int> nFaults{0};
 
 void expect(bool bRight, const char* pWhat)
 {
-    if (!bRight)
-        std::fprintf(stderr, "session_test: not so: %s\n", pWhat);
-    nFaults += bRight ? 0 : 1;
+    if (bRight)
+        return;
+    std::fprintf(stderr, "session_test: not so: %s\n", pWhat);
+    ++nFaults;
 }
 
 constexpr unsigned long LIMIT = 60'000; // milliseconds, after which what should come counts as missing
