@@ -3,6 +3,7 @@
 #include "client_thread.h"
 #include "host.h"
 #include "lock_guard.h"
+#include "stack_wipe.h"
 
 #include <optional>
 
@@ -86,6 +87,7 @@ void File_Client::work()
         while (const std::shared_ptr<Job> pJob = take())
         {
             answer(*pJob, visit, m_All);
+            Wipe_Stack();
             pJob->m_bDone = true;
             m_Progress.Set();
         }

@@ -2,6 +2,7 @@
 
 #include "file_client.h"
 #include "line_reader.h"
+#include "stack_wipe.h"
 #include "text_output.h"
 
 #include <map>
@@ -146,7 +147,9 @@ void serve_Line(unsigned int nLine, const Lib_String& strLine, const Clock& cloc
         return;
     Request request;
     Lib_String strFault;
-    if (Read_Request(strLine, clock, request, strFault))
+    const bool bRead = Read_Request(strLine, clock, request, strFault);
+    Wipe_Stack();
+    if (bRead)
         Service.Add_Request(nLine, request);
     else
         Service.Add_Malformed(nLine, strFault);

@@ -3,6 +3,7 @@
 #include "client_thread.h"
 #include "line_reader.h"
 #include "local_socket_linux.h"
+#include "stack_wipe.h"
 #include "text_output.h"
 
 #include <algorithm>
@@ -203,6 +204,7 @@ void Connection::serve_Lines(Sessions::Visit& Visit)
         bGo_On = state == Line_Reader::State::malformed
                      ? tell_Malformed(Reader.Get_Line_Number(), strLine)
                      : serve_Line(Reader.Get_Line_Number(), strLine, Visit);
+        Wipe_Stack();
     }
 }
 
