@@ -17,7 +17,8 @@ class Lib_Result;
 /// a section that has it already. The getters take no lock: a picture that has to hold over several calls
 /// needs Lock and Unlock around them. The manager must outlive its environments.
 ///
-/// An environment without a manager (null) works without a lock.
+/// An environment without a manager (null), or whose manager has no lock, works without one; the number of
+/// users is right in any case. It stays at 0xFFFFFFFF when there are more.
 class LIB_API Lib_Environment
 {
 public:
@@ -35,7 +36,8 @@ public:
 
     /// Takes the calling thread's identity: the answer and the result are those of
     /// Lib_Environment_Params::Initialize, and the parameters are there afterwards whatever the answer.
-    /// Parameters that were there before are released. std::bad_alloc changes nothing.
+    /// Parameters that were there before are filled anew, for an object that shares them as well.
+    /// std::bad_alloc changes nothing.
     bool Establish(Lib_Result& result);
 
     /// Does nothing, and answers true: the place where an environment is released.
@@ -71,7 +73,8 @@ private:
     void add_User();
     void take_User();
 
-    // Atomic for the getters, which need no lock; changed only by those who have it.
+    // Atomic for the getters, which need no lock. The parameters change in Establish alone, which is not for
+    // use beside Get_Environment_Params.
     std::atomic<void*> m_pUser_Data = nullptr;
     Lib_Environment_Manager* m_pManager;
     Lib_Environment_Params* m_pParams = nullptr;

@@ -49,8 +49,8 @@ class Lib_Result;
 ///
 /// Exceptions: std::bad_alloc leaves an operation before it has changed anything. What a callback throws
 /// leaves too, from every operation but the destructor. The lock is always given back, and
-/// - when the `create` or memory for the new environment fails, that environment is gone; user data that it
-///   had got already goes to `free`, with a result that nobody sees;
+/// - when the `create` or memory for the new environment fails, that environment is gone; user data that
+///   `create` had answered goes to `free`, with a result that nobody sees;
 /// - when `prepare` or `ready` throws, the environment stays, without users;
 /// - when `free` throws, the environment is gone as it is after an answer.
 class LIB_API Lib_Environment_Manager
@@ -112,7 +112,8 @@ public:
     bool Is_Valid_Environment(Lib_Environment* pEnvironment) const;
 
     /// Calls the function for each environment, with the lock held throughout, until it answers false. It
-    /// must not release environments; it may look at them and set their user data.
+    /// must not release environments; it may look at them and set their user data. std::bad_alloc may leave
+    /// when some have been visited.
     void Enum_Environments(bool (*pfnFunction)(Lib_Environment*, long long), long long nContext) const;
 
     /// Take and give back the lock, without a time limit, as many times as taken.

@@ -38,8 +38,8 @@ LIB_API HANDLE Lib_Create_Session_Token(unsigned int session_id, unsigned int gr
 /// closed is refused, but one that ended and left its end to another process is not found out.
 ///
 /// Null with the last error 6 for what is no socket, 50 for one that is not local, 233 when nobody is at the
-/// other end any more, 5 for a peer that this process may not look at (one in a foreign container), 8 or 4
-/// when there is no room.
+/// other end (any more), as with a socket that listens, 5 for a peer that this process may not look at (one
+/// in a foreign container), 8 or 4 when there is no room.
 LIB_API HANDLE Lib_Create_Client_Token(int socket);
 
 } // namespace qn_platform

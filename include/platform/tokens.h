@@ -96,7 +96,8 @@ enum TOKEN_INFORMATION_CLASS : int
 
 /// Opens the token of this process. 6 for what is no handle to a process, 5 for an access that nobody gets
 /// (beyond TOKEN_ALL_ACCESS, generic rights, MAXIMUM_ALLOWED, and SYNCHRONIZE, which is granted although
-/// tokens can't be waited on), 87 for a null `token`, 8 when memory is short.
+/// tokens can't be waited on) or that the token which the thread bears does not grant, 87 for a null `token`,
+/// 8 or 4 when there is no room.
 LIB_API BOOL OpenProcessToken(HANDLE process, DWORD access, PHANDLE token);
 
 /// Opens the token that a thread bears. 1008 when it bears none, 5 for access that the token does not grant
@@ -144,9 +145,11 @@ LIB_API BOOL AdjustTokenPrivileges(HANDLE token, BOOL disable_all, PTOKEN_PRIVIL
 /// | TokenSessionId  | a DWORD: the session                                                           |
 ///
 /// `needed` receives the size of that. If `size` is less, nothing is told and the last error is 122, for
-/// TokenSessionId 24. The process's token tells the session that the process began with and the effective
-/// user that it has now, the others those that they were made for. Other classes are refused with 50, numbers
-/// that are no class with 87, and a null `needed` too.
+/// TokenSessionId 24. The process's token tells the effective user that the process has now, and the session
+/// as it was when it was first asked for (4, 5 or 8 if it can't be read just then), here or in the process
+/// that this one was forked from; the others tell those that they were made for. 6 for what is no token, 5
+/// for a handle without TOKEN_QUERY. Other classes are refused with 50, numbers that are no class with 87,
+/// and a null `needed` too.
 LIB_API BOOL GetTokenInformation(HANDLE token, TOKEN_INFORMATION_CLASS information_class, LPVOID information,
                                  DWORD size, PDWORD needed);
 

@@ -40,7 +40,9 @@
 /// |                |           |           | The only user's Stop answers false: 0x80090027        |
 ///
 /// A worker that fails after its stop was abandoned leads to failed as well. Free leads from each state to
-/// empty. A Start that fails counts no user and leaves the object idle, ready for another.
+/// empty. A Start that fails counts no user and leaves the object idle, ready for another: a worker that
+/// cannot be resumed is ended, its procedure never run, and one whose coming up could not be waited for is
+/// stopped, with its handle left for the next Start or Free to close.
 ///
 /// Threads: any thread may call Init, Start, Stop and Free. They exclude one another from their first to
 /// their last step, the waits for the worker included; the lock is recursive. Worker callbacks must not call
@@ -52,10 +54,11 @@
 /// the object and its thread) and source 1 in the result, unless told otherwise. An object whose lock could
 /// not be made does nothing and answers false.
 ///
-/// A worker never outlives what it reads. Free, the destructor and assignment return only when the object's
-/// worker has left it alone, also after Stop_Requested has refused or the stop has failed otherwise; then
-/// they wait although Stop does not. A worker that waits for an event that nobody sets makes them wait
-/// forever.
+/// A worker never outlives what it reads. Free, the destructor and assignment return only when the worker
+/// that the object has started has left it alone, also after Stop_Requested has refused or the stop has
+/// failed otherwise; then they wait although Stop does not. A worker that waits for an event that nobody sets
+/// makes them wait forever. A Free that does not get the lock changes nothing; the destructor then stops the
+/// worker without it. In a forked child there is no worker to wait for.
 ///
 /// A worker that fails is seen as failed at once and as a whole: who sees Is_Active false, or starts after
 /// that, finds no users. A run begins when the one before has ended, its Thread_Done and the making of its
@@ -64,9 +67,9 @@
 ///
 /// A copy is a further view of the same worker: fields are copied, with handles of its own to the same kernel
 /// objects, the lock among them; users are counted by each object alone. What stops the worker through any
-/// view stops it, and destroying a view stops it as well; the other views keep their fields and find it ended
-/// when they stop. A copy of an object that is not running can start a worker of its own, which shares the
-/// control events with the others'.
+/// view stops it, and destroying a view stops it as well; the other views keep their fields,
+/// Is_Active among them, and find it ended when they stop. A copy of an object that is not running can start
+/// a worker of its own, which shares the control events with the others'.
 class LIB_API Lib_Monitor_Thread
 {
 public:
@@ -97,12 +100,14 @@ public:
     bool Start(Lib_Result& result);
 
     /// Takes one user away. The last one stops the worker and waits until it has ended; without any user
-    /// nothing happens. False if the stop did not succeed, and the user stays.
+    /// nothing happens. False if the stop did not succeed, and the user stays, unless the worker failed just
+    /// then.
     bool Stop(Lib_Result& result);
 
     /// Stops the worker whatever the number of users, and forgets everything that Init was given. The answer
-    /// is that of the stop, the rest happens in any case. False for an object that Init has not been called
-    /// for, and for one whose worker has failed or whose stop was abandoned: 0x80090027.
+    /// is that of the stop, the rest happens in any case: 0x80090027 for an object whose worker has failed or
+    /// whose stop was abandoned, and whose thread's handle is there from such a time, Init and Free in
+    /// between or not. False, with the result untouched, if Init has not been called.
     bool Free(Lib_Result& result);
 
     /// Whether a worker runs and nobody has begun to stop it.
@@ -154,12 +159,13 @@ private:
     bool make_Worker(Lib_Result& result);
     bool wait_For_Start(Lib_Result& result);
     bool take_Exit(DWORD dwWait, Lib_Result& result);
-    DWORD wait_For_End();
-    void await_Worker();
+    DWORD wait_For_End(); // of a worker that is there
+    void await_Worker();  // the same, whether it is there or not, and without an answer
     void close_Events();
     bool has_Failed() const;
 
     void end_For_Good();
+    bool is_Own_Run() const;
 
     unsigned int work();
     bool come_Up(Lib_Result& result);

@@ -60,10 +60,6 @@ bool Lib_Environment::Establish(Lib_Result& result)
     {
         m_pParams = new Lib_Environment_Params;
     }
-    else
-    {
-        *m_pParams = Lib_Environment_Params(); // in its place, for an object that shares it as a copy
-    }
     return m_pParams->Initialize(result);
 }
 
@@ -89,18 +85,20 @@ void Lib_Environment::Decrease_Usage_Counter()
 
 void Lib_Environment::add_User()
 {
-    m_dwUsage_Counter.store(Get_Usage_Counter() + 1, std::memory_order_release);
+    unsigned int nUsers = m_dwUsage_Counter;
+    while (nUsers < 0xFFFFFFFF && !m_dwUsage_Counter.compare_exchange_weak(nUsers, nUsers + 1))
+        ;
 }
 
 void Lib_Environment::take_User()
 {
-    const unsigned int nUsers = Get_Usage_Counter();
+    unsigned int nUsers = m_dwUsage_Counter;
+    while (nUsers != 0 && !m_dwUsage_Counter.compare_exchange_weak(nUsers, nUsers - 1))
+        ;
     if (nUsers == 0)
     {
         LIBT_PRINT_WARNING(Trace_Text<L"tried to decrease usage counter from 0 for Lib_Environment">());
-        return;
     }
-    m_dwUsage_Counter.store(nUsers - 1, std::memory_order_release);
 }
 
 void Lib_Environment::Lock() const

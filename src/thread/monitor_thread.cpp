@@ -89,7 +89,7 @@ Lib_Monitor_Thread& Lib_Monitor_Thread::operator=(const Lib_Monitor_Thread& Sour
     {
         return *this;
     }
-    if (m_hThread != nullptr && m_pRun != nullptr && m_pRun->m_pStarted_By == this)
+    if (is_Own_Run())
     {
         end_For_Good();
     }
@@ -119,18 +119,30 @@ void Lib_Monitor_Thread::copy_Fields(const Lib_Monitor_Thread& Source)
 Lib_Monitor_Thread::~Lib_Monitor_Thread() { end_For_Good(); }
 
 /// Free. If the lock is not to be had, since memory is short for a thread that never waited, at least the
-/// worker ends: nobody else uses the object now.
+/// object's own worker is stopped and ends: nobody else uses the object now. There is none in a forked child.
 void Lib_Monitor_Thread::end_For_Good()
 {
     Lib_Result ignored;
     Free(ignored);
-    if (m_bInitialized && m_hThread != nullptr && m_pRun != nullptr)
+    DWORD dwExit_Code = 0;
+    if (!m_bInitialized || !is_Own_Run() || !GetExitCodeThread(m_hThread, &dwExit_Code) ||
+        dwExit_Code != STILL_ACTIVE)
     {
-        m_bActive = false;
-        m_pRun->m_bStopped = true;
-        m_evStop.Set();
-        m_pRun->m_bOver.wait(false);
+        return;
     }
+    m_pRun->m_bStopped = true;
+    const bool bWas_Active = m_bActive.exchange(false);
+    m_evStop.Set();
+    if (bWas_Active && m_pfnStop_Requested != nullptr)
+    {
+        m_pfnStop_Requested(m_pContext, ignored);
+    }
+    m_pRun->m_bOver.wait(false);
+}
+
+bool Lib_Monitor_Thread::is_Own_Run() const
+{
+    return m_hThread != nullptr && m_pRun != nullptr && m_pRun->m_pStarted_By == this;
 }
 
 bool Lib_Monitor_Thread::Init(Worker_Callback pfnThread_Init, Worker_Callback pfnThread_Work,
@@ -201,18 +213,22 @@ bool Lib_Monitor_Thread::Stop(Lib_Result& result)
 bool Lib_Monitor_Thread::Free(Lib_Result& result)
 {
     Guard guard(m_lckSynchronizer_Counter, Guard::User::No);
-    if (!guard.Is_Locked() || !m_bInitialized)
+    if (!guard.Is_Locked())
     {
-        if (guard.Is_Locked())
-        {
-            guard.Unlock();
-        }
+        return fail_By_Platform(result);
+    }
+    if (!m_bInitialized)
+    {
+        guard.Unlock();
         LIBT_PRINT_WARNING(Trace_Text<L"tried to free monitor thread that is not initted">());
         return false;
     }
     m_lckSynchronizer_Counter.Set_Counter(0);
     const bool bStopped = stop_Work_Internal(result);
-    await_Worker();
+    if (is_Own_Run())
+    {
+        await_Worker(); // also when the stop has failed; another view's worker does not read this object
+    }
     m_dwTimeout = 0;
     m_pContext = nullptr;
     close_Events();

@@ -169,16 +169,30 @@ TEST_F(Client_Token, Is_Not_Made_For_Whoever_Has_The_Number_Of_A_Peer_That_Ended
 TEST_F(Client_Token, Is_Refused_With_The_Reason)
 {
     expect_None(ERROR_INVALID_HANDLE, -1);
+    const int listener = socket(AF_UNIX, SOCK_STREAM, 0);
+    const sockaddr_un nowhere = {AF_UNIX, {}};
+    EXPECT_EQ(0, bind(listener, reinterpret_cast<const sockaddr*>(&nowhere), sizeof(sa_family_t)));
+    EXPECT_EQ(0, listen(listener, 1));
     const std::pair<DWORD, int> refused[] = {
         {ERROR_INVALID_HANDLE, memfd_create("file", 0)},
         {ERROR_NOT_SUPPORTED, socket(AF_INET, SOCK_STREAM, 0)},
         {ERROR_PIPE_NOT_CONNECTED, socket(AF_UNIX, SOCK_STREAM, 0)},
+        {ERROR_PIPE_NOT_CONNECTED, listener}, // the kernel would name this process
     };
     for (const auto& [error, line] : refused)
     {
         expect_None(error, line);
         close(line);
     }
+
+    client_calls.get_socket_option = [](int socket, int level, int option, void* value, socklen_t* size)
+    {
+        constexpr int LAST_KNOWN = 76;
+        errno = ENOMEM;
+        return option <= LAST_KNOWN ? getsockopt(socket, level, option, value, size) : -1;
+    };
+    expect_None(ERROR_NOT_ENOUGH_MEMORY, m_nLine);
+    client_calls.get_socket_option = getsockopt;
     client_calls.read_session = [](int, DWORD&) { return DWORD{ERROR_TOO_MANY_OPEN_FILES}; };
     expect_None(ERROR_TOO_MANY_OPEN_FILES, m_nLine);
 }

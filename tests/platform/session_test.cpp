@@ -70,6 +70,27 @@ TEST_F(Sessions, Are_What_The_Kernel_Wrote)
     }
 }
 
+TEST_F(Sessions, Are_Kept_Once_They_Are_Known)
+{
+    kernel::Session_Once own;
+    DWORD session = 1;
+    Refuses<EMFILE>();
+    EXPECT_EQ(4U, own.Get(session));
+    Refuses<EACCES>();
+    EXPECT_EQ(5U, own.Get(session));
+    EXPECT_EQ(1U, session);
+    Has_Written("7");
+    EXPECT_EQ(0U, own.Get(session));
+    Has_Written("8");
+    EXPECT_EQ(0U, own.Get(session));
+    EXPECT_EQ(7U, session);
+
+    kernel::Session_Once without;
+    Refuses<ENOENT>();
+    EXPECT_EQ(0U, without.Get(session));
+    EXPECT_EQ(0U, session);
+}
+
 TEST_F(Sessions, Are_Not_Guessed_Where_They_Cannot_Be_Read)
 {
     for (const auto& [error, told] : {std::pair(EACCES, 5u), std::pair(EMFILE, 4u), std::pair(ENOMEM, 8u)})
@@ -81,8 +102,15 @@ TEST_F(Sessions, Are_Not_Guessed_Where_They_Cannot_Be_Read)
     system_calls.access_file = [](const char*, int) { return 0; };
     EXPECT_EQ(5U, Reads(0)) << "others have one";
     system_calls.access_file = [](const char* path, int)
-    { return std::string_view(path) == "/proc/self/sessionid" ? -1 : 0; };
+    {
+        errno = ENOENT;
+        return std::string_view(path) == "/proc/self/sessionid" ? -1 : 0;
+    };
     EXPECT_EQ(0U, Reads(0)) << "a kernel that keeps none";
-    system_calls.access_file = [](const char*, int) { return -1; };
+    system_calls.access_file = [](const char*, int)
+    {
+        errno = ENOENT;
+        return -1;
+    };
     EXPECT_EQ(5U, Reads(0)) << "no such process";
 }

@@ -481,8 +481,9 @@ TEST_F(Monitor_Thread, Copies_With_Workers_Of_Their_Own_Wait_For_Their_Own)
     m_Monitor.m_evFinished.Set(); // as the other's would
     m_Watch.m_nWorker = 0;        // two of them
     EXPECT_EQ(2, m_Watch.m_nInits);
-    m_Watch.m_nDone_Takes = 0;
+    m_Watch.m_nDone_Takes = 50;
     EXPECT_TRUE(stop());
+    EXPECT_EQ(1, m_Watch.m_nDones);
     EXPECT_TRUE(other.Stop(m_Result));
     EXPECT_EQ(2, m_Watch.m_nDones);
 }

@@ -114,6 +114,13 @@ DWORD find_Peer(int socket, ucred& peer)
     {
         return ERROR_NOT_SUPPORTED;
     }
+    int nListens = 0; // then there is no other end, and the kernel would name this process
+    size = sizeof nListens;
+    if (client_calls.get_socket_option(socket, SOL_SOCKET, SO_ACCEPTCONN, &nListens, &size) != 0 ||
+        nListens != 0)
+    {
+        return ERROR_PIPE_NOT_CONNECTED;
+    }
     size = sizeof peer;
     if (client_calls.get_socket_option(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0 ||
         peer.uid == static_cast<uid_t>(-1))

@@ -3,6 +3,7 @@
 #include "platform/kernel/session.h"
 
 #include <atomic>
+#include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -18,22 +19,25 @@ namespace
 {
 
 constexpr DWORD NO_SUCH_PATH = 3;
+constexpr DWORD NO_MEMORY = 8;
 constexpr DWORD INVALID_NAME = 123;
 constexpr DWORD NAME_TOO_LONG = 206;
 
 /// The process's own from its start; a forked child has its parent's. As with the session, each reader reads
 /// the same, and no lock is needed.
-unsigned long long get_Process_Space()
+/// False when the kernel can't tell just now.
+bool get_Process_Space(unsigned long long& space)
 {
-    static constinit std::atomic<unsigned long long> nSpace{0};
-    unsigned long long nKnown = nSpace.load(std::memory_order_relaxed);
+    static constinit std::atomic<unsigned long long> nKnown{0};
+    space = nKnown.load(std::memory_order_relaxed);
     struct stat status = {};
-    if (nKnown == 0 && ::stat("/proc/self/ns/pid", &status) == 0)
+    if (space != 0 || ::stat("/proc/self/ns/pid", &status) != 0)
     {
-        nKnown = status.st_ino;
-        nSpace.store(nKnown, std::memory_order_relaxed);
+        return space != 0 || errno == ENOENT; // one without name spaces has one for all
     }
-    return nKnown;
+    space = status.st_ino;
+    nKnown.store(space, std::memory_order_relaxed);
+    return true;
 }
 
 /// The unit count of a text, at most one more than a name may have.
@@ -108,19 +112,23 @@ bool spell_Out(const wchar_t* text, std::size_t length, char* target, std::size_
     return true;
 }
 
-/// The answer is 0, or why the session is not known. `length` is that of what was written.
+/// The answer is 0, or why name space or session are not known. `length` is that of what was written.
 DWORD write_Prefix(bool machine, Object_Name& parsed, int& length)
 {
+    unsigned long long nSpace = 0;
+    if (!get_Process_Space(nSpace))
+    {
+        return NO_MEMORY;
+    }
     if (machine)
     {
-        length = std::snprintf(parsed.path, sizeof parsed.path, "%s/qnlib.%llu.g.", NAMED_FOLDER,
-                               get_Process_Space());
+        length = std::snprintf(parsed.path, sizeof parsed.path, "%s/qnlib.%llu.g.", NAMED_FOLDER, nSpace);
         return 0;
     }
     DWORD dwSession = 0;
     const DWORD nError = Get_Own_Session(dwSession);
-    length = std::snprintf(parsed.path, sizeof parsed.path, "%s/qnlib.%llu.s%u.", NAMED_FOLDER,
-                           get_Process_Space(), dwSession);
+    length =
+        std::snprintf(parsed.path, sizeof parsed.path, "%s/qnlib.%llu.s%u.", NAMED_FOLDER, nSpace, dwSession);
     return nError;
 }
 
@@ -179,7 +187,9 @@ DWORD Parse_Object_Name(LPCWSTR name, Object_Name& parsed)
 File_Prefix Get_File_Prefix()
 {
     File_Prefix prefix;
-    std::snprintf(prefix.text, sizeof prefix.text, "qnlib.%llu.", get_Process_Space());
+    unsigned long long nSpace = 0;
+    get_Process_Space(nSpace); // known to whoever has parsed a name
+    std::snprintf(prefix.text, sizeof prefix.text, "qnlib.%llu.", nSpace);
     return prefix;
 }
 

@@ -25,7 +25,7 @@ struct Object_Name
 
 /// What `name` stands for in this process. The answer is 0, or why it is no name: 3 for a backslash behind
 /// the prefix, 123 for a prefix with nothing behind it, 206 for one that is too long, or why the session of
-/// the process can't be read just now (4, 8).
+/// the process can't be read just now (4, 5, 8).
 ///
 /// The file name tells the process numbers' name space (numbers of threads in state words mean nothing
 /// beyond it), "g" for the machine or the number of the session, and the text: letters, digits and a few

@@ -1,6 +1,7 @@
 #include "platform/kernel/named_registry.h"
 
 #include "platform/kernel/named_file.h"
+#include "platform/kernel/named_futex.h"
 #include "platform/kernel/named_sweep.h"
 #include "platform/kernel/named_use.h"
 #include "platform/kernel/named_words.h"
@@ -158,6 +159,7 @@ Named_Answer make_Or_Open(const Named_Request& request, bool create, Thread_Reco
         return {nullptr, NOT_SUPPORTED};
     }
     Prepare_Uses();
+    Find_Gate(); // for the sleepers
     if (Named_Object* const pKnown = *find_Link(name))
     {
         return join_Known(*pKnown, request.kind, create);

@@ -2,10 +2,8 @@
 
 #include "platform/system_calls.h"
 
-#include <atomic>
 #include <cerrno>
 #include <charconv>
-#include <cstdint>
 #include <cstdio>
 
 #include <fcntl.h>
@@ -24,10 +22,7 @@ constexpr DWORD NO_MEMORY = 8;
 
 constexpr char OWN_FILE[] = "/proc/self/sessionid";
 
-/// No lock guards it: a fork at any moment leaves the child one that is known or not, and all readers read
-/// the same.
-constexpr std::uint64_t KNOWN = 1ull << 32;
-constinit std::atomic<std::uint64_t> g_nOwn_Session{0};
+constinit Session_Once g_Own_Session;
 
 DWORD tell_Error(int error)
 {
@@ -71,27 +66,30 @@ DWORD read_File(const char* path, DWORD& session)
     return nError;
 }
 
-bool is_There(const char* path) { return system_calls.access_file(path, F_OK) == 0; }
+bool is_There(const char* path) { return system_calls.access_file(path, F_OK) == 0 || errno != ENOENT; }
 
 } // namespace
 
-DWORD Get_Own_Session(DWORD& session)
+DWORD Session_Once::Get(DWORD& session)
 {
-    std::uint64_t nSession = g_nOwn_Session.load(std::memory_order_acquire);
+    constexpr std::uint64_t KNOWN = 1ull << 32;
+    std::uint64_t nSession = m_nSession.load(std::memory_order_acquire);
     if (nSession == 0)
     {
         DWORD dwRead = 0;
         const DWORD nError = read_File(OWN_FILE, dwRead);
-        if (nError == TOO_MANY_FILES || nError == NO_MEMORY)
+        if (nError != 0 && nError != FILE_MISSING)
         {
             return nError;
         }
         nSession = KNOWN | dwRead;
-        g_nOwn_Session.store(nSession, std::memory_order_release);
+        m_nSession.store(nSession, std::memory_order_release);
     }
     session = static_cast<DWORD>(nSession);
     return 0;
 }
+
+DWORD Get_Own_Session(DWORD& session) { return g_Own_Session.Get(session); }
 
 DWORD Read_Session(int process, DWORD& session)
 {
