@@ -74,9 +74,9 @@ TEST_F(Sessions, Are_Kept_Once_They_Are_Known)
 {
     kernel::Session_Once own;
     DWORD session = 1;
-    Refuses<EMFILE>();
+    Refuses(EMFILE);
     EXPECT_EQ(4U, own.Get(session));
-    Refuses<EACCES>();
+    Refuses(EACCES);
     EXPECT_EQ(5U, own.Get(session));
     EXPECT_EQ(1U, session);
     Has_Written("7");
@@ -86,7 +86,7 @@ TEST_F(Sessions, Are_Kept_Once_They_Are_Known)
     EXPECT_EQ(7U, session);
 
     kernel::Session_Once without;
-    Refuses<ENOENT>();
+    Refuses(ENOENT);
     EXPECT_EQ(0U, without.Get(session));
     EXPECT_EQ(0U, session);
 }
