@@ -39,6 +39,7 @@
 #include "platform/memory.h"
 #include "platform/messages.h"
 #include "platform/modules.h"
+#include "platform/registry.h"
 #include "platform/security.h"
 #include "platform/sessions.h"
 #include "platform/text.h"

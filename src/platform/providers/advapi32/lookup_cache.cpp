@@ -1,0 +1,83 @@
+#include "platform/providers/advapi32/lookup_cache.h"
+
+#include <utility>
+
+namespace qn_advapi32
+{
+
+namespace
+{
+
+constexpr std::size_t MOST_SIZE = 1 << 20;
+constexpr std::size_t ENTRY_SIZE = 128; ///< about what a table needs for one
+constexpr std::size_t MOST_LISTINGS = 8;
+
+} // namespace
+
+void Lookup_Cache::Clear()
+{
+    m_Keys.clear();
+    m_Values.clear();
+    m_Listings.clear();
+    m_nNext_Listing = 0;
+    m_nSize = 0;
+}
+
+void Lookup_Cache::make_Room(std::size_t size)
+{
+    if (m_nSize + size + ENTRY_SIZE > MOST_SIZE)
+        Clear();
+    m_nSize += size + ENTRY_SIZE;
+}
+
+const Id* Lookup_Cache::Find_Key(Id base, Text_View folded) const
+{
+    const auto found = m_Keys.find(Place_View(base, folded));
+    return found != m_Keys.end() ? &found->second : nullptr;
+}
+
+void Lookup_Cache::Keep_Key(Id base, const Text& folded, Id found)
+{
+    make_Room(folded.size() * sizeof(char16_t));
+    m_Keys.insert_or_assign(Place{base, folded}, found);
+}
+
+const Value* Lookup_Cache::Find_Value(Id key, Text_View folded) const
+{
+    const auto found = m_Values.find(Place_View(key, folded));
+    return found != m_Values.end() ? &found->second : nullptr;
+}
+
+void Lookup_Cache::Keep_Value(Id key, Text_View folded, bool exists, DWORD type, const BYTE* data,
+                              std::size_t size)
+{
+    make_Room(folded.size() * sizeof(char16_t) + size);
+    m_Values.insert_or_assign(Place{key, Text(folded)}, Value{exists, type, {data, data + size}});
+}
+
+Listing* Lookup_Cache::Find_Listing(Id key, List_Kind kind, DWORD index)
+{
+    for (Listing& listing : m_Listings)
+    {
+        const bool covers = index >= listing.m_nFirst && (index < listing.Get_End() || listing.m_bAt_End);
+        const bool next = index == listing.Get_End();
+        if (listing.m_nKey == key && listing.m_Kind == kind && (covers || next))
+            return &listing;
+    }
+    return nullptr;
+}
+
+Listing& Lookup_Cache::Keep_Listing(Listing listing)
+{
+    for (Listing& other : m_Listings)
+    {
+        if (other.m_nKey == listing.m_nKey && other.m_Kind == listing.m_Kind)
+            return other = std::move(listing);
+    }
+    if (m_Listings.size() < MOST_LISTINGS)
+        return m_Listings.emplace_back(std::move(listing));
+    m_nNext_Listing = (m_nNext_Listing + 1) % MOST_LISTINGS;
+    return m_Listings[m_nNext_Listing] = std::move(listing);
+}
+
+} // namespace qn_advapi32

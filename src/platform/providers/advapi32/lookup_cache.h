@@ -1,0 +1,111 @@
+#ifndef QNLIB_SRC_PLATFORM_PROVIDERS_ADVAPI32_LOOKUP_CACHE_H
+#define QNLIB_SRC_PLATFORM_PROVIDERS_ADVAPI32_LOOKUP_CACHE_H
+
+#include "platform/providers/advapi32/connection.h"
+
+#include <functional>
+#include <unordered_map>
+#include <vector>
+
+// What was found in one state of a store: callers open a key, ask for a size and read, over and over.
+
+namespace qn_advapi32
+{
+
+struct Value
+{
+    bool m_bExists = false;
+    DWORD m_nType = 0;
+    std::vector<BYTE> m_Data;
+};
+
+/// A key or a value of a list.
+struct Listed
+{
+    Text m_strFolded;
+    Text m_strName;
+    Text m_strClass;   ///< of a key
+    DWORD m_nType = 0; ///< of a value
+    DWORD m_nSize = 0;
+    bool m_bHas_Data = false; ///< the value is small enough
+    std::vector<BYTE> m_Data;
+};
+
+enum class List_Kind
+{
+    keys,
+    values
+};
+
+/// A run of entries of one list.
+struct Listing
+{
+    Id m_nKey = NO_KEY;
+    List_Kind m_Kind = List_Kind::keys;
+    DWORD m_nFirst = 0;
+    bool m_bAt_End = false; ///< there is nothing behind
+    std::vector<Listed> m_Entries;
+
+    DWORD Get_End() const { return m_nFirst + static_cast<DWORD>(m_Entries.size()); }
+};
+
+class Lookup_Cache
+{
+public:
+    static constexpr std::size_t MOST_DATA = 1024; ///< of a value that is kept
+
+    void Clear();
+
+    /// The key at a path below another, NO_KEY for none; null when it was not looked for.
+    const Id* Find_Key(Id base, Text_View folded) const;
+    void Keep_Key(Id base, const Text& folded, Id found);
+
+    const Value* Find_Value(Id key, Text_View folded) const;
+    void Keep_Value(Id key, Text_View folded, bool exists, DWORD type, const BYTE* data, std::size_t size);
+
+    /// The list that has the entry at `index`, or that ends before it.
+    Listing* Find_Listing(Id key, List_Kind kind, DWORD index);
+    Listing& Keep_Listing(Listing listing);
+
+private:
+    struct Place
+    {
+        Id m_nKey;
+        Text m_strFolded;
+    };
+    struct Place_View
+    {
+        Id m_nKey;
+        Text_View m_Folded;
+        Place_View(Id key, Text_View folded) : m_nKey(key), m_Folded(folded) {}
+        Place_View(const Place& place) : m_nKey(place.m_nKey), m_Folded(place.m_strFolded) {}
+        bool operator==(const Place_View&) const = default;
+    };
+    struct Hash
+    {
+        using is_transparent = void;
+        std::size_t operator()(const Place_View& place) const
+        {
+            return std::hash<Text_View>()(place.m_Folded) ^
+                   static_cast<std::size_t>(place.m_nKey) * 0x9E3779B97F4A7C15u;
+        }
+    };
+    struct Same
+    {
+        using is_transparent = void;
+        bool operator()(const Place_View& left, const Place_View& right) const { return left == right; }
+    };
+
+    /// Everything goes when it becomes too much.
+    void make_Room(std::size_t size);
+
+    std::unordered_map<Place, Id, Hash, Same> m_Keys;
+    std::unordered_map<Place, Value, Hash, Same> m_Values;
+    std::vector<Listing> m_Listings;
+    std::size_t m_nNext_Listing = 0;
+    std::size_t m_nSize = 0; ///< about, in bytes
+};
+
+} // namespace qn_advapi32
+
+#endif

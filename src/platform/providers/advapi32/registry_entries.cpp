@@ -1,0 +1,374 @@
+#include "platform/modules.h"
+#include "platform/providers/advapi32/open_keys.h"
+#include "platform/registry.h"
+
+#include <algorithm>
+#include <new>
+
+// The entry points of the provider, as include/platform/registry.h tells them.
+
+using namespace qn_platform;
+using namespace qn_advapi32;
+
+namespace
+{
+
+constexpr DWORD MOST_DATA = 64u << 20;
+
+/// Runs an entry's work; its answer is the code.
+template <class Work>
+LSTATUS guard(Work work)
+{
+    try
+    {
+        Stores::Get(); // from here on a forked child finds all in order
+        return static_cast<LSTATUS>(work());
+    }
+    catch (const std::bad_alloc&)
+    {
+        return static_cast<LSTATUS>(ERROR_NOT_ENOUGH_MEMORY);
+    }
+}
+
+DWORD open_Handle(Open_Key& key, REGSAM access, PHKEY result)
+{
+    DWORD error = Grant(access, key);
+    if (error == ERROR_SUCCESS)
+        *result = Open_Key_Handle(key, error);
+    return error;
+}
+
+DWORD find_By_Path(HKEY handle, LPCWSTR text, Open_Key& base, Name& path, Open_Key& found)
+{
+    DWORD error = Find_Open_Key(handle, base);
+    if (error == ERROR_SUCCESS)
+        error = Read_Path(text, path);
+    if (error != ERROR_SUCCESS)
+        return error;
+    Enter_User(base, path);
+    found = base;
+    return Find_Below(found, path);
+}
+
+DWORD check_Creation(DWORD reserved, DWORD options, LPSECURITY_ATTRIBUTES attributes)
+{
+    constexpr DWORD KNOWN =
+        REG_OPTION_VOLATILE | REG_OPTION_CREATE_LINK | REG_OPTION_BACKUP_RESTORE | REG_OPTION_OPEN_LINK;
+    if (reserved != 0 || (options & ~KNOWN) != 0)
+        return ERROR_INVALID_PARAMETER;
+    const bool secured = attributes != nullptr && attributes->lpSecurityDescriptor != nullptr;
+    return (options & ~REG_OPTION_OPEN_LINK) != 0 || secured ? ERROR_NOT_SUPPORTED : ERROR_SUCCESS;
+}
+
+/// A key is made beside its parent: in the machine's store if that has it, else in the user's.
+DWORD create(const Open_Key& base, const Name& path, const Text& class_name, Open_Key& made, bool& created)
+{
+    if (std::count(path.plain.begin(), path.plain.end(), SEPARATOR) >= static_cast<long>(MOST_DEPTH))
+        return ERROR_FILENAME_EXCED_RANGE;
+    const bool second = base.second.Is_There();
+    Key_Place place = second ? base.second : base.first;
+    const DWORD error = place.store->writer.Create_Key(place.id, path, class_name, place.id, created);
+    (second ? made.second : made.first) = place;
+    (second ? made.first : made.second) = {};
+    return error;
+}
+
+DWORD read_Value(const Open_Key& key, const Name& name, const Value_Target& target)
+{
+    const DWORD error = key.first.Is_There() ? key.first.store->reader.Read_Value(key.first.id, name, target)
+                                             : static_cast<DWORD>(ERROR_FILE_NOT_FOUND);
+    return error == ERROR_FILE_NOT_FOUND && key.second.Is_There()
+               ? key.second.store->reader.Read_Value(key.second.id, name, target)
+               : error;
+}
+
+/// The two lists of names of a key that is two keys, as one: both in order, those of both only once.
+DWORD read_Both_Lists(const Open_Key& key, List_Kind kind, DWORD index, Listed& entry)
+{
+    DWORD first_index = 0;
+    DWORD second_index = 0;
+    for (;;)
+    {
+        Listed other;
+        const DWORD first = key.first.store->reader.Read_List(key.first.id, kind, first_index, entry);
+        const DWORD second = key.second.store->reader.Read_List(key.second.id, kind, second_index, other);
+        const bool has_first = first == ERROR_SUCCESS;
+        const bool has_second = second == ERROR_SUCCESS;
+        if (!has_first && (first != ERROR_NO_MORE_ITEMS || !has_second))
+            return first;
+        if (!has_second && second != ERROR_NO_MORE_ITEMS)
+            return second;
+        const bool take_first = has_first && (!has_second || entry.m_strFolded <= other.m_strFolded);
+        const bool take_second = has_second && (!has_first || other.m_strFolded <= entry.m_strFolded);
+        if (!take_first)
+            entry = std::move(other);
+        if (index-- == 0)
+            return ERROR_SUCCESS;
+        first_index += take_first ? 1 : 0;
+        second_index += take_second ? 1 : 0;
+    }
+}
+
+DWORD read_List(const Open_Key& key, List_Kind kind, DWORD index, Listed& entry)
+{
+    if (key.first.Is_There() && key.second.Is_There())
+        return read_Both_Lists(key, kind, index, entry);
+    const Key_Place& place = Get_Written(key);
+    return place.store->reader.Read_List(place.id, kind, index, entry);
+}
+
+/// False, with nothing written, when there is no room for the text and its NUL.
+bool copy_Text(const Text& text, LPWSTR target, LPDWORD length)
+{
+    if (text.size() >= *length)
+        return false;
+    *std::copy(text.begin(), text.end(), target) = 0;
+    *length = static_cast<DWORD>(text.size());
+    return true;
+}
+
+/// A larger value has to be read by its name; it may have gone meanwhile.
+DWORD give_Value(const Open_Key& key, const Listed& entry, const Value_Target& target)
+{
+    if (entry.m_bHas_Data || target.m_pData == nullptr)
+        return target.Give(entry.m_nType, entry.m_nSize, entry.m_Data.data());
+    return read_Value(key, {entry.m_strName, entry.m_strFolded}, target);
+}
+
+DWORD enumerate_Value(const Open_Key& key, DWORD index, LPWSTR name, LPDWORD name_length,
+                      const Value_Target& target)
+{
+    for (;;)
+    {
+        Listed entry;
+        DWORD error = read_List(key, List_Kind::values, index, entry);
+        if (error != ERROR_SUCCESS)
+            return error;
+        const bool room = entry.m_strName.size() < *name_length;
+        error = give_Value(key, entry, room ? target : Value_Target{target.m_pType, nullptr, target.m_pSize});
+        if (error == ERROR_FILE_NOT_FOUND)
+            continue;
+        const bool named = (error == ERROR_SUCCESS || error == ERROR_MORE_DATA) &&
+                           copy_Text(entry.m_strName, name, name_length);
+        return error == ERROR_SUCCESS && !named ? static_cast<DWORD>(ERROR_MORE_DATA) : error;
+    }
+}
+
+DWORD give_Time(const Open_Key& key, const Listed& entry, LPFILETIME written)
+{
+    long long changed = 0;
+    DWORD error = ERROR_FILE_NOT_FOUND;
+    for (const Key_Place& place : {key.first, key.second})
+    {
+        if (place.Is_There() && error == ERROR_FILE_NOT_FOUND)
+            error = place.store->reader.Read_Time(place.id, entry.m_strFolded, changed);
+    }
+    if (error == ERROR_SUCCESS)
+        *written = {static_cast<DWORD>(changed), static_cast<DWORD>(changed >> 32)};
+    return error;
+}
+
+DWORD enumerate_Key(const Open_Key& key, DWORD index, LPWSTR name, LPDWORD name_length, LPWSTR class_name,
+                    LPDWORD class_length, LPFILETIME written)
+{
+    Listed entry;
+    DWORD error = read_List(key, List_Kind::keys, index, entry);
+    if (error != ERROR_SUCCESS)
+        return error;
+    const bool room = entry.m_strName.size() < *name_length &&
+                      (class_name == nullptr || entry.m_strClass.size() < *class_length);
+    if (!room)
+        return ERROR_MORE_DATA;
+    if (written != nullptr)
+        error = give_Time(key, entry, written);
+    if (error != ERROR_SUCCESS)
+        return error == ERROR_FILE_NOT_FOUND ? static_cast<DWORD>(ERROR_NO_MORE_ITEMS) : error;
+    copy_Text(entry.m_strName, name, name_length);
+    if (class_name != nullptr)
+        copy_Text(entry.m_strClass, class_name, class_length);
+    else if (class_length != nullptr)
+        *class_length = static_cast<DWORD>(entry.m_strClass.size());
+    return ERROR_SUCCESS;
+}
+
+} // namespace
+
+#pragma GCC visibility push(default)
+extern "C"
+{
+
+    LSTATUS RegOpenKeyExW(HKEY handle, LPCWSTR text, DWORD options, REGSAM access, PHKEY result)
+    {
+        if (result == nullptr || (options & ~REG_OPTION_OPEN_LINK) != 0)
+            return ERROR_INVALID_PARAMETER;
+        *result = nullptr;
+        return guard(
+            [&]
+            {
+                Open_Key base;
+                Open_Key key;
+                Name path;
+                const DWORD error = find_By_Path(handle, text, base, path, key);
+                return error == ERROR_SUCCESS ? open_Handle(key, access, result) : error;
+            });
+    }
+
+    LSTATUS RegCreateKeyExW(HKEY handle, LPCWSTR text, DWORD reserved, LPWSTR class_text, DWORD options,
+                            REGSAM access, LPSECURITY_ATTRIBUTES attributes, PHKEY result,
+                            LPDWORD disposition)
+    {
+        if (result == nullptr)
+            return ERROR_INVALID_PARAMETER;
+        *result = nullptr;
+        return guard(
+            [&]
+            {
+                Name class_name;
+                DWORD error = check_Creation(reserved, options, attributes);
+                if (error == ERROR_SUCCESS)
+                    error = Read_Name(class_text, MOST_CLASS_NAME, class_name);
+                Open_Key base;
+                Open_Key key;
+                Name path;
+                bool created = false;
+                if (error == ERROR_SUCCESS)
+                    error = find_By_Path(handle, text, base, path, key);
+                if (error == ERROR_FILE_NOT_FOUND && !path.folded.empty())
+                    error = create(base, path, class_name.plain, key, created);
+                if (error == ERROR_SUCCESS)
+                    error = open_Handle(key, access, result);
+                if (error == ERROR_SUCCESS && disposition != nullptr)
+                    *disposition = created ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY;
+                return error;
+            });
+    }
+
+    LSTATUS RegCloseKey(HKEY handle)
+    {
+        return guard(
+            [&] {
+                return Is_Predefined(handle) || Close_Key_Handle(handle) ? ERROR_SUCCESS
+                                                                         : ERROR_INVALID_HANDLE;
+            });
+    }
+
+    LSTATUS RegQueryValueExW(HKEY handle, LPCWSTR text, LPDWORD reserved, LPDWORD type, LPBYTE data,
+                             LPDWORD size)
+    {
+        if (reserved != nullptr || (data != nullptr && size == nullptr))
+            return ERROR_INVALID_PARAMETER;
+        return guard(
+            [&]
+            {
+                Open_Key key;
+                Name name;
+                const DWORD error = Find_Open_Key_For(handle, KEY_QUERY_VALUE, key);
+                if (error != ERROR_SUCCESS)
+                    return error;
+                const bool known = Read_Name(text, MOST_VALUE_NAME, name) == ERROR_SUCCESS;
+                return known ? read_Value(key, name, {type, data, size})
+                             : static_cast<DWORD>(ERROR_FILE_NOT_FOUND);
+            });
+    }
+
+    LSTATUS RegEnumValueW(HKEY handle, DWORD index, LPWSTR name, LPDWORD name_length, LPDWORD reserved,
+                          LPDWORD type, LPBYTE data, LPDWORD size)
+    {
+        if (name == nullptr || name_length == nullptr || reserved != nullptr ||
+            (data != nullptr && size == nullptr))
+            return ERROR_INVALID_PARAMETER;
+        return guard(
+            [&]
+            {
+                Open_Key key;
+                const DWORD error = Find_Open_Key_For(handle, KEY_QUERY_VALUE, key);
+                return error == ERROR_SUCCESS
+                           ? enumerate_Value(key, index, name, name_length, {type, data, size})
+                           : error;
+            });
+    }
+
+    LSTATUS RegSetValueExW(HKEY handle, LPCWSTR text, DWORD reserved, DWORD type, const BYTE* data,
+                           DWORD size)
+    {
+        if (reserved != 0)
+            return ERROR_INVALID_PARAMETER;
+        if (data == nullptr && size != 0)
+            return ERROR_NOACCESS;
+        return guard(
+            [&]
+            {
+                Open_Key key;
+                Name name;
+                DWORD error = Find_Open_Key_For(handle, KEY_SET_VALUE, key);
+                if (error == ERROR_SUCCESS)
+                    error = Read_Name(text, MOST_VALUE_NAME, name);
+                if (error == ERROR_SUCCESS && size > MOST_DATA)
+                    error = ERROR_NO_SYSTEM_RESOURCES;
+                const Key_Place& place = Get_Written(key);
+                return error == ERROR_SUCCESS
+                           ? place.store->writer.Set_Value(place.id, name, type, data, size)
+                           : error;
+            });
+    }
+
+    LSTATUS RegDeleteKeyValueW(HKEY handle, LPCWSTR text, LPCWSTR name_text)
+    {
+        return guard(
+            [&]
+            {
+                Open_Key base;
+                Open_Key key;
+                Name path;
+                Name name;
+                DWORD error = find_By_Path(handle, text, base, path, key);
+                if (error == ERROR_SUCCESS && path.folded.empty() && (base.access & KEY_SET_VALUE) == 0)
+                    error = ERROR_ACCESS_DENIED;
+                if (error == ERROR_SUCCESS && Read_Name(name_text, MOST_VALUE_NAME, name) != ERROR_SUCCESS)
+                    error = ERROR_FILE_NOT_FOUND;
+                const Key_Place& place = Get_Written(key);
+                return error == ERROR_SUCCESS ? place.store->writer.Delete_Value(place.id, name) : error;
+            });
+    }
+
+    LSTATUS RegEnumKeyExW(HKEY handle, DWORD index, LPWSTR name, LPDWORD name_length, LPDWORD reserved,
+                          LPWSTR class_name, LPDWORD class_length, LPFILETIME written)
+    {
+        if (name_length == nullptr || reserved != nullptr || (name == nullptr && *name_length != 0) ||
+            (class_name != nullptr && class_length == nullptr))
+            return ERROR_INVALID_PARAMETER;
+        return guard(
+            [&]
+            {
+                Open_Key key;
+                const DWORD error = Find_Open_Key_For(handle, KEY_ENUMERATE_SUB_KEYS, key);
+                return error == ERROR_SUCCESS
+                           ? enumerate_Key(key, index, name, name_length, class_name, class_length, written)
+                           : error;
+            });
+    }
+
+    LSTATUS RegDeleteKeyW(HKEY handle, LPCWSTR text)
+    {
+        if (text == nullptr)
+            return ERROR_INVALID_PARAMETER;
+        return guard(
+            [&]
+            {
+                Open_Key base;
+                Open_Key key;
+                Name path;
+                DWORD error = find_By_Path(handle, text, base, path, key);
+                if (error == ERROR_SUCCESS && path.folded.empty() && Is_Predefined(handle))
+                    error = ERROR_ACCESS_DENIED;
+                if (error != ERROR_SUCCESS)
+                    return error;
+                const Key_Place& place = Get_Written(key);
+                error = place.store->writer.Delete_Key(place.id);
+                // Somebody else may have deleted it just now; or the key above it.
+                return error == ERROR_KEY_DELETED && !path.folded.empty() ? Find_Below(base, path) : error;
+            });
+    }
+
+} // extern "C"
+#pragma GCC visibility pop

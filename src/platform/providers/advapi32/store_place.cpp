@@ -1,0 +1,132 @@
+#include "platform/providers/advapi32/store_place.h"
+
+#include "platform/providers/advapi32/store_error.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <vector>
+
+#include <fcntl.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace qn_advapi32
+{
+
+using namespace qn_platform;
+
+namespace
+{
+
+/// A folder that the environment names. Programs that run with more rights than their caller has do not ask
+/// it; a relative path counts as none.
+std::string get_Named_Folder(const char* variable)
+{
+    const char* const folder = secure_getenv(variable);
+    return folder != nullptr && *folder == '/' ? folder : "";
+}
+
+std::string get_Home()
+{
+    std::string home = get_Named_Folder("HOME");
+    if (!home.empty())
+        return home;
+    std::vector<char> texts(16384);
+    passwd record{};
+    passwd* found = nullptr;
+    const bool good = getpwuid_r(geteuid(), &record, texts.data(), texts.size(), &found) == 0 &&
+                      found != nullptr && *record.pw_dir == '/';
+    return good ? record.pw_dir : "";
+}
+
+std::string get_Data_Folder()
+{
+    const std::string named = get_Named_Folder("XDG_DATA_HOME");
+    if (!named.empty())
+        return named;
+    const std::string home = get_Home();
+    return home.empty() ? home : home + "/.local/share";
+}
+
+/// Makes a folder and those above it. A mode that others shall see is set against the process's mask.
+int make_Folder(const std::string& folder, mode_t mode)
+{
+    if (mkdir(folder.c_str(), mode) == 0)
+        return (mode & S_IROTH) != 0 && chmod(folder.c_str(), mode) != 0 ? errno : 0;
+    const std::size_t end = folder.rfind('/');
+    if (errno == ENOENT && end != 0 && end != std::string::npos)
+    {
+        const int error = make_Folder(folder.substr(0, end), mode);
+        return error == 0 ? make_Folder(folder, mode) : error;
+    }
+    return errno == EEXIST ? 0 : errno;
+}
+
+DWORD check_Access(const std::string& path, int access)
+{
+    return faccessat(AT_FDCWD, path.c_str(), access, AT_EACCESS) == 0 ? ERROR_SUCCESS : Code_Of_System(errno);
+}
+
+} // namespace
+
+Store_Place::Store_Place(const std::string& folder, mode_t folder_mode, mode_t file_mode)
+    : m_bNowhere(false), m_strFolder(folder), m_strFile(folder.empty() ? "" : folder + "/registry.db"),
+      m_nFolder_Mode(folder_mode), m_nFile_Mode(file_mode)
+{
+}
+
+Store_Place Store_Place::User()
+{
+    const std::string data = get_Data_Folder();
+    return {data.empty() ? data : data + "/qnlib", 0700, 0600};
+}
+
+Store_Place Store_Place::Machine()
+{
+    const std::string named = get_Named_Folder("QNLIB_MACHINE_STORE");
+    return {named.empty() ? "/var/lib/qnlib" : named, 0755, 0644};
+}
+
+DWORD Store_Place::Find() const
+{
+    if (m_strFile.empty())
+        return m_bNowhere ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND;
+    const DWORD error = check_Access(m_strFile, F_OK);
+    return error == ERROR_PATH_NOT_FOUND ? static_cast<DWORD>(ERROR_FILE_NOT_FOUND) : error;
+}
+
+DWORD Store_Place::Make() const
+{
+    if (m_strFile.empty())
+        return m_bNowhere ? ERROR_ACCESS_DENIED : ERROR_PATH_NOT_FOUND;
+    const int error = make_Folder(m_strFolder, m_nFolder_Mode);
+    if (error != 0)
+        return Code_Of_System(error);
+    const int file = open(m_strFile.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, m_nFile_Mode);
+    if (file < 0)
+        return errno == EEXIST ? ERROR_SUCCESS : Code_Of_System(errno);
+    const bool set = fchmod(file, m_nFile_Mode) == 0;
+    const DWORD result = set ? ERROR_SUCCESS : Code_Of_System(errno);
+    close(file);
+    return result;
+}
+
+DWORD Store_Place::Check_Writable() const
+{
+    if (m_strFile.empty())
+        return m_bNowhere ? ERROR_ACCESS_DENIED : ERROR_PATH_NOT_FOUND;
+    if (Find() == ERROR_SUCCESS)
+    {
+        // The journal lies beside the file.
+        const DWORD file = check_Access(m_strFile, W_OK);
+        return file == ERROR_SUCCESS ? check_Access(m_strFolder, W_OK | X_OK) : file;
+    }
+    std::string folder = m_strFolder;
+    while (folder.rfind('/') != 0 && faccessat(AT_FDCWD, folder.c_str(), F_OK, AT_EACCESS) != 0 &&
+           errno == ENOENT)
+        folder.resize(folder.rfind('/'));
+    return check_Access(folder, W_OK | X_OK);
+}
+
+} // namespace qn_advapi32
