@@ -252,13 +252,15 @@ public:
 
     int Get() const { return m_File.Get(); }
 
-    /// The name of the signal that has come.
+    /// The name of the signal that has come; of several, the last one's.
     Lib_String Take()
     {
         signalfd_siginfo Info{};
-        const ssize_t nRead = read(m_File.Get(), &Info, sizeof(Info));
+        while (read(m_File.Get(), &Info, sizeof(Info)) == sizeof(Info))
+        {
+        }
         pthread_sigmask(SIG_UNBLOCK, &m_Set, nullptr);
-        return nRead == sizeof(Info) && Info.ssi_signo == SIGINT ? L"SIGINT" : L"SIGTERM";
+        return Info.ssi_signo == SIGINT ? L"SIGINT" : L"SIGTERM";
     }
 
 private:

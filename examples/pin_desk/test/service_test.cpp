@@ -309,6 +309,28 @@ void test_Bad_Clients()
     expect(good.Next() == "the desk closes", "the good client is told");
 }
 
+/// One too many is told so, and is welcome when another has left.
+void test_Too_Many()
+{
+    Desk desk;
+    std::vector<Client> Clients(128);
+    for (Client& client : Clients)
+        client.Expect("op=list", "done: 0 cards");
+    Client late;
+    expect(late.Next() == "refused: too many clients", "there is a limit to clients");
+    expect(late.Next() == "(end)", "and who is beyond it is let go");
+    Clients[5].Expect("op=leave", "done: left");
+    Clients[5].Next();
+    std::string strAnswer;
+    for (int i = 0; i < 100 && strAnswer != "done: 0 cards"; ++i)
+    {
+        Client next; // the desk may not have noticed yet
+        strAnswer = next.Ask("op=list");
+    }
+    expect(strAnswer == "done: 0 cards", "a place that is left is free");
+    end_In_Order(desk, SIGTERM);
+}
+
 void test_Patience()
 {
     Desk desk({"-idle", "1"});
@@ -440,6 +462,7 @@ int main(int nArguments, char** ppArguments)
     alarm(240);
     test_Clients_At_Once();
     test_Bad_Clients();
+    test_Too_Many();
     test_Patience();
     test_Asking();
     test_Sessions();
