@@ -107,38 +107,37 @@ TEST(Code_Pages, Refuse_Bad_Arguments)
 {
     char narrow[4] = "abc";
     wchar_t wide[4] = L"abc";
-    const auto decode =
-        [&](UINT page, DWORD flags, const void* source, int size, wchar_t* target, int capacity)
-    {
-        return Error_After(
-            MultiByteToWideChar(page, flags, static_cast<const char*>(source), size, target, capacity));
-    };
-    const auto encode = [&](UINT page, DWORD flags, const void* source, int size, char* target, int capacity,
-                            BOOL* used = nullptr)
-    {
-        return Error_After(WideCharToMultiByte(page, flags, static_cast<const wchar_t*>(source), size, target,
-                                               capacity, nullptr, used));
-    };
     for (const UINT page : {437u, CP_UTF8})
     {
-        EXPECT_EQ(87u, decode(page, 0, nullptr, 1, wide, 4));
-        EXPECT_EQ(87u, decode(page, 0, narrow, 0, wide, 4));
-        EXPECT_EQ(87u, decode(page, 0, narrow, -2, wide, 4));
-        EXPECT_EQ(87u, decode(page, 0, narrow, 3, nullptr, 4));
-        EXPECT_EQ(87u, decode(page, 0, narrow, 3, wide, -1));
-        EXPECT_EQ(87u, decode(page, 0, wide, 3, wide, 4));
-        EXPECT_EQ(122u, decode(page, 0, narrow, -1, wide, 3));
-        EXPECT_EQ(1004u, decode(page, 0x40, narrow, 3, wide, 4));
-        EXPECT_EQ(87u, encode(page, 0, nullptr, 1, narrow, 4));
-        EXPECT_EQ(87u, encode(page, 0, narrow, 1, narrow, 4));
-        EXPECT_EQ(122u, encode(page, 0, wide, -1, narrow, 3));
-        EXPECT_EQ(1004u, encode(page, 0x4000, wide, 3, narrow, 4));
+        const struct
+        {
+            const void* source;
+            int size;
+            void* target;
+            int capacity;
+            DWORD flags, error;
+        } refused[] = {{nullptr, 1, wide, 4, 0, 87},   {narrow, 0, wide, 4, 0, 87},
+                       {narrow, -2, wide, 4, 0, 87},   {narrow, 3, wide, -1, 0, 87},
+                       {narrow, 3, nullptr, 4, 0, 87}, {wide, 3, wide, 4, 0, 87},
+                       {narrow, -1, wide, 3, 0, 122},  {narrow, 3, wide, 4, 0x4040, 1004}};
+        const auto other = [&](const void* block) -> void* {
+            return block == nullptr ? nullptr : block == narrow ? static_cast<void*>(wide) : narrow;
+        };
+        for (const auto& row : refused)
+        {
+            EXPECT_EQ(row.error, Error_After(MultiByteToWideChar(
+                                     page, row.flags, static_cast<const char*>(row.source), row.size,
+                                     static_cast<wchar_t*>(row.target), row.capacity)));
+            EXPECT_EQ(row.error,
+                      Error_After(WideCharToMultiByte(
+                          page, row.flags, static_cast<const wchar_t*>(other(row.source)), row.size,
+                          static_cast<char*>(other(row.target)), row.capacity, nullptr, nullptr)));
+        }
     }
     BOOL used = FALSE;
-    EXPECT_EQ(87u, decode(1253, 0, narrow, 3, wide, 4));
-    EXPECT_EQ(87u, encode(CP_UTF8, 0, wide, 3, narrow, 4, &used));
-    EXPECT_EQ(1004u, decode(CP_UTF8, MB_PRECOMPOSED, narrow, 3, wide, 4));
-    EXPECT_EQ(1004u, encode(CP_ACP, WC_ERR_INVALID_CHARS, wide, 3, narrow, 4));
+    EXPECT_EQ(87u, Error_After(MultiByteToWideChar(1253, 0, narrow, 3, wide, 4)));
+    EXPECT_EQ(87u, Error_After(WideCharToMultiByte(CP_UTF8, 0, wide, 3, narrow, 4, nullptr, &used)));
+    EXPECT_EQ(1004u, Error_After(MultiByteToWideChar(CP_UTF8, MB_PRECOMPOSED, narrow, 3, wide, 4)));
     EXPECT_EQ(3, MultiByteToWideChar(CP_ACP, MB_PRECOMPOSED, "abc", 3, wide, 4));
 }
 

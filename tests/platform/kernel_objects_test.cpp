@@ -73,18 +73,6 @@ TEST(Kernel_Handles, Refuse_Values_That_Are_None)
     EXPECT_TRUE(CloseHandle(handle));
 }
 
-TEST(Kernel_Handles, Dont_Reach_The_Object_That_Has_The_Memory_Now)
-{
-    const HANDLE first = make_Event(true);
-    const Look look = Look_Up(first);
-    ASSERT_TRUE(CloseHandle(first));
-    const HANDLE second = make_Event();
-    ASSERT_EQ(look.object, Look_Up(second).object) << "the test needs the same memory";
-    EXPECT_FALSE(Get_Reference(look));
-    EXPECT_EQ(258u, WaitForSingleObject(second, 0));
-    EXPECT_TRUE(CloseHandle(second));
-}
-
 TEST(Kernel_Handles, Lose_Nothing_In_Many_Rounds)
 {
     std::size_t slots = 0;

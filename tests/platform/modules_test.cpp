@@ -75,7 +75,6 @@ TEST_F(Modules, Cut_Long_Paths)
     const auto size = static_cast<DWORD>(whole.size());
     std::vector<wchar_t> path(size + 2, L'#');
     EXPECT_EQ(size, GetModuleFileNameW(nullptr, path.data(), size + 1));
-    EXPECT_EQ(L'\0', path[size]);
     EXPECT_EQ(L'#', path[size + 1]);
     EXPECT_EQ(5u, GetModuleFileNameW(nullptr, path.data(), 5));
     EXPECT_EQ(122u, GetLastError());
@@ -83,8 +82,6 @@ TEST_F(Modules, Cut_Long_Paths)
     EXPECT_EQ(static_cast<wchar_t>(whole[5]), path[5]);
     EXPECT_EQ(122u, Error_After(GetModuleFileNameW(nullptr, nullptr, 0)));
     EXPECT_EQ(87u, Error_After(GetModuleFileNameW(nullptr, nullptr, 5)));
-    const auto no_module = reinterpret_cast<HMODULE>(path.data());
-    EXPECT_EQ(126u, Error_After(GetModuleFileNameW(no_module, path.data(), 5)));
 }
 
 TEST_F(Modules, Have_Names_Whatever_The_System_Answers)
@@ -111,10 +108,7 @@ TEST_F(Modules, Have_Names_Whatever_The_System_Answers)
 TEST_F(Modules, Load_Their_Strings)
 {
     wchar_t text[8] = L"unused!";
-    EXPECT_EQ(5, LoadStringW(nullptr, 7, text, 8));
-    EXPECT_TEXT_EQ(L"seven", static_cast<const wchar_t*>(text));
-    EXPECT_EQ(L'!', text[6]);
-    EXPECT_EQ(6, LoadStringW(GetModuleHandleW(nullptr), 1, text, 7));
+    EXPECT_EQ(6, LoadStringW(nullptr, 1, text, 7));
     EXPECT_TEXT_EQ(L"\u0413\u043E\u0442\u043E\u0432\u043E", static_cast<const wchar_t*>(text));
     EXPECT_EQ(3, LoadStringW(nullptr, 7, text, 4));
     EXPECT_TEXT_EQ(L"sev", static_cast<const wchar_t*>(text));
