@@ -4,7 +4,6 @@
 #include "test_text.h"
 
 #include <cstdarg>
-#include <vector>
 
 using namespace test_support;
 
@@ -14,12 +13,15 @@ namespace
 constexpr DWORD STRING = FORMAT_MESSAGE_FROM_STRING;
 constexpr DWORD ARRAY = FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_ARGUMENT_ARRAY;
 constexpr DWORD IGNORE_ALL = FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_IGNORE_INSERTS;
+constexpr DWORD MODULE = FORMAT_MESSAGE_FROM_HMODULE;
+constexpr DWORD SYSTEM = FORMAT_MESSAGE_FROM_SYSTEM;
 
 // A message, or the error for which there is none.
 class Message
 {
 public:
-    Message(DWORD dwFlags, const void* pSource, DWORD dwCode, DWORD dwLanguage, std::va_list* pArguments)
+    explicit Message(DWORD dwFlags, const void* pSource, DWORD dwCode = 0, DWORD dwLanguage = 0,
+                     std::va_list* pArguments = nullptr)
     {
         SetLastError(0);
         const DWORD nLength = FormatMessageW(dwFlags | FORMAT_MESSAGE_ALLOCATE_BUFFER, pSource, dwCode,
@@ -49,32 +51,30 @@ void Expect(const wchar_t* pExpected, const wchar_t* pText, ...)
     va_end(arguments);
 }
 
-void Expect_Plain(const wchar_t* pExpected, const wchar_t* pText, DWORD dwFlags = STRING)
-{
-    EXPECT_TEXT_EQ(pExpected, Message(dwFlags, pText, 0, 0, nullptr).Get_Text());
-}
-
-DWORD Error_Of(const wchar_t* pText) { return Message(STRING, pText, 0, 0, nullptr).Get_Error(); }
-
 DWORD_PTR Value_Of(const void* pText) { return reinterpret_cast<DWORD_PTR>(pText); }
 
 } // namespace
 
-TEST(Messages, Replace_Escapes)
+TEST(Messages, Replace_Escapes_And_Break_Lines)
 {
-    Expect_Plain(L"a\r\nb", L"a%nb");
-    Expect_Plain(L"a\rb\tc", L"a%rb%tc");
-    Expect_Plain(L"end", L"end%0 not this");
-    Expect_Plain(L"100% . ! %1", L"100%% %. %! %%1");
-    Expect_Plain(L"a\r\nb\r\nc\r\n\r\n", L"a\nb\rc\r\n\n");
-    EXPECT_EQ(87U, Error_Of(L"a%"));
-}
-
-TEST(Messages, Pass_Inserts_Through_When_Asked)
-{
-    Expect_Plain(L"a%1!d!b %23 %% %! %.", L"a%1!d!b %23 %% %! %.", IGNORE_ALL);
-    Expect_Plain(L"a\r\nb", L"a%nb%0c", IGNORE_ALL);
-    EXPECT_EQ(87U, Message(IGNORE_ALL, L"a%", 0, 0, nullptr).Get_Error());
+    const struct
+    {
+        const wchar_t* m_pExpected;
+        const wchar_t* m_pText;
+        DWORD m_dwFlags;
+    } rows[] = {
+        {L"a\r\nb", L"a%nb", STRING},
+        {L"a\rb\tc", L"a%rb%tc", STRING},
+        {L"end", L"end%0 not this", STRING},
+        {L"100% . ! %1", L"100%% %. %! %%1", STRING},
+        {L"a\r\nb\r\nc\r\n\r\n", L"a\nb\rc\r\n\n", STRING},
+        {L"a%1!d!b %23 %% %! %.", L"a%1!d!b %23 %% %! %.", IGNORE_ALL},
+        {L"a\r\nb", L"a%nb%0c", IGNORE_ALL},
+        {L"one two three\r\nfour ", L"one\r\ntwo\nthree%nfour\r\n", IGNORE_ALL | 255},
+        {L"one two ", L"one two\r\n", IGNORE_ALL | 40},
+    };
+    for (const auto& row : rows)
+        EXPECT_TEXT_EQ(row.m_pExpected, Message(row.m_dwFlags, row.m_pText).Get_Text());
 }
 
 TEST(Messages, Print_Their_Inserts)
@@ -86,29 +86,20 @@ TEST(Messages, Print_Their_Inserts)
     Expect(L"123456789a 3", L"%1!I64x! %2!d!", 0x123456789ALL, 3);
     Expect(L"(null)", L"%1", static_cast<const wchar_t*>(nullptr));
     Expect(L"k10!", L"%11%10!d!!", 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, L"k");
-    EXPECT_EQ(87U, Error_Of(L"no %1"));
-    EXPECT_EQ(87U, Error_Of(L"%1!d!"));
-}
-
-TEST(Messages, Take_Widths_From_Their_Arguments)
-{
     Expect(L"  Bi Bob   Bill", L"%1!*.*s! %3 %4!*s!", 4, 2, L"Bill", L"Bob", 6, L"Bill");
     DWORD_PTR values[] = {4, 2, Value_Of(L"Bill"), Value_Of(L"Bob"), 6, Value_Of(L"Bill")};
     const Message message(ARRAY, L"%1!*.*s! %4 %5!*s!", 0, 0, reinterpret_cast<std::va_list*>(values));
     EXPECT_TEXT_EQ(L"  Bi Bob   Bill", message.Get_Text());
 }
 
-TEST(Messages, Refuse_Formats_That_Do_Not_End)
+TEST(Messages, Refuse_Texts_That_Cannot_Be_Printed)
 {
+    EXPECT_EQ(87U, Message(IGNORE_ALL, L"a%").Get_Error());
+    for (const wchar_t* pText : {L"a%", L"no %1", L"%1!d!"})
+        EXPECT_EQ(87U, Message(STRING, pText).Get_Error());
     DWORD_PTR values[] = {Value_Of(L"one")};
     for (const wchar_t* pText : {L"%1!s", L"%1!"})
         EXPECT_EQ(87U, Message(ARRAY, pText, 0, 0, reinterpret_cast<std::va_list*>(values)).Get_Error());
-}
-
-TEST(Messages, Keep_Lines_Within_A_Width)
-{
-    Expect_Plain(L"one two three\r\nfour ", L"one\r\ntwo\nthree%nfour\r\n", IGNORE_ALL | 255);
-    Expect_Plain(L"one two ", L"one two\r\n", IGNORE_ALL | 40);
 }
 
 TEST(Messages, Fill_The_Callers_Buffer_Or_Leave_It)
@@ -128,55 +119,51 @@ TEST(Messages, Fill_The_Callers_Buffer_Or_Leave_It)
     EXPECT_EQ(L'\0', text[0]);
 }
 
-TEST(Messages, Come_From_A_Modules_Table)
+TEST(Messages, Come_From_A_Modules_Table_Or_From_The_Platform)
 {
     const HMODULE module = LoadLibraryW(L"qnErr.dll");
     ASSERT_NE(nullptr, module) << "last error " << GetLastError();
-    const auto look_up = [&](DWORD dwCode, DWORD dwLanguage, const wchar_t* pExpected, DWORD dwError)
+    const HMODULE without = LoadLibraryW(L"qn_test_module"); // has strings but no messages
+    int nNoModule = 0;
+    const Message denied(SYSTEM, nullptr, 5, 0x409);
+    const struct
     {
-        const Message message(FORMAT_MESSAGE_FROM_HMODULE, module, dwCode, dwLanguage, nullptr);
-        EXPECT_TEXT_EQ(pExpected, message.Get_Text()) << dwCode << " in " << dwLanguage;
-        EXPECT_EQ(dwError, message.Get_Error()) << dwCode << " in " << dwLanguage;
+        DWORD m_dwFlags;
+        const void* m_pSource;
+        DWORD m_dwCode;
+        DWORD m_dwLanguage;
+        const wchar_t* m_pExpected;
+        DWORD m_dwError;
+    } rows[] = {
+        {MODULE, module, 1, 0x409, L"The card is blocked.\r\n", 0},
+        {MODULE, module, 1, 0, L"The card is blocked.\r\n", 0},
+        {MODULE, module, 1000, 0x409, L"The desk is closed", 0},
+        {MODULE, module, 1000, 0x419, L"", 317},
+        {MODULE, module, 99, 0x409, L"", 317},
+        {MODULE, module, 99, 0, L"", 317},
+        {MODULE, module, 1, 0xFFFF, L"", 1815},
+        {MODULE, module, 2, 0x409, L"", 87},
+        {MODULE, without, 1, 0x409, L"", 1813},
+        {MODULE, &nNoModule, 1, 0x409, L"", 1812},
+        {SYSTEM, nullptr, 12345678, 0, L"", 317},
+        {SYSTEM, nullptr, 5, 0xFFFF, L"", 1815},
+        {SYSTEM, nullptr, 0x80070005, 0x409, denied.Get_Text(), 0},
+        {MODULE | SYSTEM, module, 5, 0x409, denied.Get_Text(), 0},
+        {MODULE | SYSTEM, module, 1, 0x409, L"The card is blocked.\r\n", 0},
     };
-    look_up(1, 0x409, L"The card is blocked.\r\n", 0);
-    look_up(1, 0, L"The card is blocked.\r\n", 0);
-    look_up(1000, 0x409, L"The desk is closed", 0);
-    look_up(1000, 0x419, L"", 317);
-    look_up(99, 0x409, L"", 317);
-    look_up(99, 0, L"", 317);
-    look_up(1, 0xFFFF, L"", 1815);
-    look_up(2, 0x409, L"", 87);
-    FreeLibrary(module);
-
+    for (const auto& row : rows)
+    {
+        SCOPED_TRACE(testing::Message() << "flags " << row.m_dwFlags << ", code " << row.m_dwCode
+                                        << ", language " << row.m_dwLanguage);
+        const Message message(row.m_dwFlags, row.m_pSource, row.m_dwCode, row.m_dwLanguage);
+        EXPECT_TEXT_EQ(row.m_pExpected, message.Get_Text());
+        EXPECT_EQ(row.m_dwError, message.Get_Error());
+    }
     DWORD_PTR values[] = {3};
-    const HMODULE again = LoadLibraryW(L"qnErr");
-    const Message message(FORMAT_MESSAGE_FROM_HMODULE | FORMAT_MESSAGE_ARGUMENT_ARRAY, again, 2, 0x409,
+    const Message message(MODULE | FORMAT_MESSAGE_ARGUMENT_ARRAY, module, 2, 0x409,
                           reinterpret_cast<std::va_list*>(values));
     EXPECT_TEXT_EQ(L"The PIN is wrong; 3 more attempts are left.\r\n", message.Get_Text());
-    FreeLibrary(again);
-}
-
-TEST(Messages, Say_Why_There_Is_None)
-{
-    const HMODULE module = LoadLibraryW(L"qn_test_module");
-    EXPECT_EQ(1813U, Message(FORMAT_MESSAGE_FROM_HMODULE, module, 1, 0x409, nullptr).Get_Error())
-        << "it has strings but no messages";
-    FreeLibrary(module);
-    int nNoModule = 0;
-    EXPECT_EQ(1812U, Message(FORMAT_MESSAGE_FROM_HMODULE, &nNoModule, 1, 0x409, nullptr).Get_Error());
-    EXPECT_EQ(317U, Message(FORMAT_MESSAGE_FROM_SYSTEM, nullptr, 12345678, 0, nullptr).Get_Error());
-    EXPECT_EQ(1815U, Message(FORMAT_MESSAGE_FROM_SYSTEM, nullptr, 5, 0xFFFF, nullptr).Get_Error());
-}
-
-TEST(Messages, Come_From_The_Platform_Where_The_Module_Has_None)
-{
-    const HMODULE module = LoadLibraryW(L"qnErr");
-    constexpr DWORD BOTH = FORMAT_MESSAGE_FROM_HMODULE | FORMAT_MESSAGE_FROM_SYSTEM;
-    const Message of_system(FORMAT_MESSAGE_FROM_SYSTEM, nullptr, 5, 0x409, nullptr);
-    EXPECT_TEXT_EQ(of_system.Get_Text(), Message(BOTH, module, 5, 0x409, nullptr).Get_Text());
-    EXPECT_TEXT_EQ(L"The card is blocked.\r\n", Message(BOTH, module, 1, 0x409, nullptr).Get_Text());
-    EXPECT_TEXT_EQ(of_system.Get_Text(),
-                   Message(FORMAT_MESSAGE_FROM_SYSTEM, nullptr, 0x80070005, 0x409, nullptr).Get_Text());
+    FreeLibrary(without);
     FreeLibrary(module);
 }
 

@@ -1,12 +1,11 @@
 #ifndef QNLIB_TESTS_KERNEL_PROBES_H
 #define QNLIB_TESTS_KERNEL_PROBES_H
 
+#include "handles.h"
 #include "lib_kernel.h"
 #include "other_thread.h"
 
-#include <gtest/gtest.h>
-
-#include <utility>
+using namespace test_support;
 
 /// A class of the library that counts its flushes.
 template <class Base>
@@ -41,27 +40,6 @@ protected:
     }
 };
 
-/// A plain handle to a new unnamed event, and its end.
-class Plain_Event
-{
-public:
-    Plain_Event() { EXPECT_NE(nullptr, m_hEvent); }
-    Plain_Event(const Plain_Event&) = delete;
-    Plain_Event& operator=(const Plain_Event&) = delete;
-    ~Plain_Event() { Close(); }
-
-    operator void*() const { return m_hEvent; }
-    void Close()
-    {
-        EXPECT_TRUE(m_hEvent == nullptr || CloseHandle(m_hEvent));
-        m_hEvent = nullptr;
-    }
-    void* Detach() { return std::exchange(m_hEvent, nullptr); }
-
-private:
-    void* m_hEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-};
-
 inline bool Is_Open(void* hHandle)
 {
     DWORD dwFlags = 0;
@@ -72,14 +50,47 @@ inline bool Is_Open(void* hHandle)
 inline bool Are_One_Event(void* hOne, void* hOther)
 {
     SetEvent(hOne);
-    const bool bOne = WaitForSingleObject(hOther, 0) == WAIT_OBJECT_0;
+    const bool bOne = Try(hOther) == WAIT_OBJECT_0;
     ResetEvent(hOne);
-    return bOne && WaitForSingleObject(hOther, 0) == WAIT_TIMEOUT;
+    return bOne && Try(hOther) == TIMED_OUT;
 }
-
-using test_support::On_Other_Thread;
 
 /// A name that no other object of the machine has.
 inline Lib_String Fresh_Name() { return Lib_Synchro().Set_Unique_Name(false); }
+
+/// For tests of objects without names, with names, and of some of both: these differ beneath.
+class Objects : public testing::TestWithParam<const char*>
+{
+protected:
+    Owned make_Event(bool manual, bool set)
+    {
+        return Owned(CreateEventW(nullptr, manual, set, next_Name().GetW()));
+    }
+    Owned make_Mutex(bool owned) { return Owned(CreateMutexW(nullptr, owned, next_Name().GetW())); }
+
+private:
+    /// Null for no name.
+    Lib_String next_Name()
+    {
+        const char cKind = *GetParam();
+        return cKind == 'N' || (cKind == 'M' && m_nMade++ % 2 == 0) ? Fresh_Name() : Lib_String();
+    }
+
+    unsigned int m_nMade = 0;
+};
+
+template <class... Handles>
+DWORD Wait_Any(DWORD milliseconds, const Handles&... handles)
+{
+    const HANDLE all[] = {handles...};
+    return WaitForMultipleObjects(sizeof...(handles), all, FALSE, milliseconds);
+}
+
+template <class... Handles>
+DWORD Wait_All(DWORD milliseconds, const Handles&... handles)
+{
+    const HANDLE all[] = {handles...};
+    return WaitForMultipleObjects(sizeof...(handles), all, TRUE, milliseconds);
+}
 
 #endif
