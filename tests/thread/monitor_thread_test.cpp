@@ -6,7 +6,9 @@
 namespace
 {
 
-constexpr unsigned int CONTRADICTION = 0x80090027;
+const Lib_Result CONTRADICTION(0x80090027, 1);
+const Lib_Result INVALID_HANDLE(6, 1);
+const Lib_Result NO_TOKEN(1008, 1); // nobody is impersonated
 
 class Monitor_Thread : public testing::Test
 {
@@ -27,12 +29,6 @@ protected:
     void expect_Running(unsigned long nUsers) { expect_State(true, true, nUsers); }
     void expect_Failed() { expect_State(false, true, 0); }
     void expect_Abandoned(unsigned long nUsers) { expect_State(false, true, nUsers); }
-
-    void expect_Result(unsigned int nCode, unsigned int nSource)
-    {
-        EXPECT_EQ(nCode, m_Result.Get_Result_Code());
-        EXPECT_EQ(nSource, m_Result.Get_Result_Source());
-    }
 
     /// Stops with another handle to the worker, and answers its exit code.
     template <class End>
@@ -64,14 +60,15 @@ protected:
 
 TEST(Monitor_Thread_Without_Init, Does_Nothing_Of_Use)
 {
-    Lib_Result result(5, 2);
+    const Lib_Result untouched(5, 2);
+    Lib_Result result = untouched;
     Monitor monitor;
     EXPECT_EQ(500U, monitor.m_dwTimeout);
     EXPECT_TRUE(monitor.Stop(result));
     EXPECT_FALSE(monitor.Free(result));
-    EXPECT_EQ(Lib_Result(5, 2), result);
+    EXPECT_EQ(untouched, result);
     EXPECT_FALSE(monitor.Start(result));
-    EXPECT_EQ(Lib_Result(6, 1), result);
+    EXPECT_EQ(INVALID_HANDLE, result);
     EXPECT_FALSE(monitor.Is_Active());
     EXPECT_EQ(0U, monitor.Get_Users());
 
@@ -82,7 +79,7 @@ TEST(Monitor_Thread_Without_Init, Does_Nothing_Of_Use)
     EXPECT_EQ(1, watch.m_nInits);
 }
 
-TEST_F(Monitor_Thread, Is_Initialised_Once)
+TEST_F(Monitor_Thread, Is_Initialised_Once_And_Hands_Out_Its_Stop_Event)
 {
     Watch other;
     EXPECT_FALSE(m_Monitor.Init_For(other));
@@ -90,11 +87,7 @@ TEST_F(Monitor_Thread, Is_Initialised_Once)
     EXPECT_TRUE(stop());
     EXPECT_EQ(1, m_Watch.m_nInits);
     EXPECT_EQ(0, other.m_nInits);
-}
 
-TEST_F(Monitor_Thread, Hands_Out_Its_Stop_Event)
-{
-    EXPECT_EQ(2000U, m_Monitor.m_dwTimeout);
     Lib_Event event;
     Lib_String strName(L"x");
     m_Monitor.Get_Control_Events(&event);
@@ -103,19 +96,17 @@ TEST_F(Monitor_Thread, Hands_Out_Its_Stop_Event)
     m_Monitor.Get_Control_Event_Names(nullptr);
     EXPECT_EQ(0U, strName.Get_Length());
     EXPECT_NE(event.operator void*(), m_Watch.m_evStop.operator void*());
+    m_Watch.m_evStop.Reset();
     EXPECT_TRUE(event.Set());
     EXPECT_TRUE(Is_Set(m_Watch.m_evStop));
 }
 
 TEST_F(Monitor_Thread, Runs_From_The_First_User_To_The_Last)
 {
-    expect_Idle();
     EXPECT_TRUE(stop()) << "nothing to do";
     for (int nRun = 1; nRun <= 3; ++nRun)
     {
         EXPECT_TRUE(start());
-        expect_Running(1);
-        EXPECT_FALSE(Is_Set(m_Monitor.m_evStarted));
         EXPECT_TRUE(start());
         expect_Running(2);
         EXPECT_TRUE(stop());
@@ -130,7 +121,7 @@ TEST_F(Monitor_Thread, Runs_From_The_First_User_To_The_Last)
         EXPECT_EQ(nRun, m_Watch.m_nStops);
     }
     EXPECT_NE(GetCurrentThreadId(), m_Watch.m_nWorker);
-    expect_Result(1008, 1); // nobody is impersonated
+    EXPECT_EQ(NO_TOKEN, m_Result);
 }
 
 TEST_F(Monitor_Thread, A_Stop_Is_Seen_Before_It_Is_Told)
@@ -143,7 +134,7 @@ TEST_F(Monitor_Thread, A_Stop_Is_Seen_Before_It_Is_Told)
         std::thread([&] { EXPECT_FALSE(monitor.m_lckSynchronizer_Counter.Lock(0)); }).join();
         Lib_Result result;
         EXPECT_FALSE(monitor.Stop(result)) << "the lock is recursive, but a stop is under way";
-        EXPECT_EQ(Lib_Result(CONTRADICTION, 1), result);
+        EXPECT_EQ(CONTRADICTION, result);
     };
     EXPECT_TRUE(start());
     EXPECT_TRUE(stop());
@@ -171,7 +162,7 @@ TEST_F(Monitor_Thread, A_Worker_That_Does_Not_Come_Up_Fails_The_Start)
         expect_Idle();
         EXPECT_EQ(nTry, m_Watch.m_nInits);
     }
-    expect_Result(1008, 1);
+    EXPECT_EQ(NO_TOKEN, m_Result);
     EXPECT_EQ(0, m_Watch.m_nWorks);
     EXPECT_EQ(0, m_Watch.m_nDones);
     m_Watch.m_bInit = true;
@@ -189,7 +180,6 @@ TEST_F(Monitor_Thread, Reports_A_Worker_That_Fails)
 {
     EXPECT_TRUE(start());
     EXPECT_TRUE(start());
-    m_Result.Reset_Result();
     EXPECT_TRUE(fail());
     expect_Failed();
     EXPECT_EQ(1, m_Watch.m_nNotes);
@@ -198,27 +188,23 @@ TEST_F(Monitor_Thread, Reports_A_Worker_That_Fails)
     EXPECT_TRUE(m_Monitor.m_evFinished.Wait_Until_Object_0(INFINITE));
     EXPECT_TRUE(stop());
     expect_Failed();
-    EXPECT_TRUE(Is_Set(m_Monitor.m_evFinished));
     EXPECT_EQ(0, m_Watch.m_nStops);
 
-    EXPECT_FALSE(m_Monitor.Free(m_Result));
-    expect_Result(CONTRADICTION, 1);
-    EXPECT_TRUE(m_Monitor.Init_For(m_Watch));
-    EXPECT_TRUE(start());
-    expect_Running(1);
-}
-
-TEST_F(Monitor_Thread, A_Run_After_A_Failed_One_Waits_For_Its_Own_Worker)
-{
-    EXPECT_TRUE(start());
-    EXPECT_TRUE(fail());
     EXPECT_TRUE(start());
     expect_Running(1);
     m_Watch.m_nDone_Takes = 50;
     EXPECT_TRUE(stop());
     expect_Idle();
-    EXPECT_EQ(2, m_Watch.m_nDones);
+    EXPECT_EQ(2, m_Watch.m_nDones) << "a run after a failed one waits for its own worker";
     EXPECT_FALSE(Is_Set(m_Monitor.m_evFinished));
+
+    EXPECT_TRUE(start());
+    EXPECT_TRUE(fail());
+    EXPECT_FALSE(m_Monitor.Free(m_Result));
+    EXPECT_EQ(CONTRADICTION, m_Result);
+    EXPECT_TRUE(m_Monitor.Init_For(m_Watch));
+    EXPECT_TRUE(start());
+    expect_Running(1);
 }
 
 TEST_F(Monitor_Thread, Is_Failed_As_A_Whole_While_The_Worker_Still_Ends)
@@ -283,11 +269,11 @@ TEST_F(Monitor_Thread, A_Stop_That_Is_Refused_Is_Abandoned)
     m_Watch.m_bStop = false;
     EXPECT_TRUE(start());
     EXPECT_FALSE(stop());
-    expect_Result(77, 2);
+    EXPECT_EQ(Lib_Result(77, 2), m_Result);
     expect_Abandoned(1);
     EXPECT_TRUE(Is_Set(m_Monitor.m_evStop));
     EXPECT_FALSE(stop());
-    expect_Result(CONTRADICTION, 1);
+    EXPECT_EQ(CONTRADICTION, m_Result);
     EXPECT_TRUE(start());
     expect_Abandoned(2);
     EXPECT_TRUE(stop());
@@ -305,6 +291,7 @@ TEST_F(Monitor_Thread, A_Stop_That_Is_Refused_Is_Abandoned)
 
 TEST_F(Monitor_Thread, Is_Freed_Whatever_The_Number_Of_Users)
 {
+    EXPECT_EQ(2000U, m_Monitor.m_dwTimeout);
     EXPECT_TRUE(start());
     EXPECT_TRUE(start());
     EXPECT_TRUE(m_Monitor.Free(m_Result));
@@ -315,9 +302,10 @@ TEST_F(Monitor_Thread, Is_Freed_Whatever_The_Number_Of_Users)
     {
         EXPECT_EQ(nullptr, pEvent->operator void*());
     }
-    m_Result.Set_Result(3, 3);
+    const Lib_Result untouched(3, 3);
+    m_Result = untouched;
     EXPECT_FALSE(m_Monitor.Free(m_Result));
-    expect_Result(3, 3);
+    EXPECT_EQ(untouched, m_Result);
 }
 
 TEST_F(Monitor_Thread, No_Worker_Is_Left_When_The_Object_Goes)
@@ -347,10 +335,10 @@ TEST_F(Monitor_Thread, Contradictions_Are_Refused)
     m_Monitor.m_hThread.Close();
     m_Result.Reset_Result();
     EXPECT_FALSE(m_Monitor.start_Work_Internal(m_Result));
-    expect_Result(CONTRADICTION, 1);
+    EXPECT_EQ(CONTRADICTION, m_Result);
     m_Result.Reset_Result();
     EXPECT_FALSE(stop());
-    expect_Result(CONTRADICTION, 1);
+    EXPECT_EQ(CONTRADICTION, m_Result);
     m_Monitor.m_hThread = thread;
     EXPECT_TRUE(m_Monitor.start_Work_Internal(m_Result));
     EXPECT_TRUE(stop());
@@ -365,8 +353,8 @@ TEST_F(Monitor_Thread, A_Wait_That_Fails_Leaves_No_Worker)
 {
     m_Monitor.m_evStarted.Close();
     EXPECT_FALSE(start());
-    expect_Result(6, 1);
-    expect_State(false, true, 0);
+    EXPECT_EQ(INVALID_HANDLE, m_Result);
+    expect_Failed();
     EXPECT_EQ(DWORD{WAIT_OBJECT_0}, WaitForSingleObject(m_Monitor.m_hThread, 0));
     EXPECT_EQ(0, m_Watch.m_nWorks);
     m_Monitor.m_evStarted.Create(nullptr, true, false);
@@ -375,16 +363,14 @@ TEST_F(Monitor_Thread, A_Wait_That_Fails_Leaves_No_Worker)
     EXPECT_TRUE(start());
     m_Monitor.m_evFinished.Close();
     EXPECT_FALSE(stop());
-    expect_Result(6, 1);
+    EXPECT_EQ(INVALID_HANDLE, m_Result);
     EXPECT_EQ(1, m_Watch.m_nDones);
     expect_State(false, false, 1);
     EXPECT_FALSE(Is_Set(m_Monitor.m_evStop));
     EXPECT_TRUE(stop());
     expect_Idle();
-}
 
-TEST_F(Monitor_Thread, A_Worker_That_Cannot_Say_That_It_Has_Finished_Is_Judged_By_Its_Exit_Code)
-{
+    // A worker that can't say that it has finished is judged by its exit code.
     for (const bool bDone : {true, false})
     {
         m_Watch.m_bDone = bDone;
@@ -431,7 +417,7 @@ TEST_F(Monitor_Thread, Works_For_The_Client_Of_The_Thread_That_Starts_It)
     RevertToSelf();
     EXPECT_TRUE(m_Watch.m_evNoted.Wait_Until_Object_0(INFINITE));
     EXPECT_EQ(2, s_nFor_Client);
-    expect_Result(0, 0);
+    EXPECT_EQ(Lib_Result(), m_Result);
 }
 
 TEST_F(Monitor_Thread, A_Copy_Is_A_View_Of_The_Same_Worker)

@@ -1,27 +1,26 @@
-#include "lib_platform.h"
-
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <thread>
+#include "handles.h"
+#include "other_thread.h"
 
 #include <sys/wait.h>
 #include <unistd.h>
 
 // Tokens made for sessions, and threads that bear them.
 
+using namespace test_support;
+
 namespace
 {
 
-constexpr DWORD EVERYTHING = TOKEN_ALL_ACCESS;
+constexpr DWORD NONE = 0xFFFFFFFE;
+constexpr DWORD DENIED = 0xFFFFFFFF;
 
-/// What a thread's token tells of its session: 0xFFFFFFFE if it bears none, 0xFFFFFFFF if that is denied.
+/// What a thread's token tells of its session: NONE if it bears none, DENIED if it doesn't tell.
 DWORD Session_Of(HANDLE thread)
 {
     HANDLE token = nullptr;
     if (!OpenThreadToken(thread, TOKEN_QUERY, TRUE, &token))
     {
-        return GetLastError() == ERROR_NO_TOKEN ? 0xFFFFFFFE : 0xFFFFFFFF;
+        return GetLastError() == ERROR_NO_TOKEN ? NONE : DENIED;
     }
     DWORD session = 0;
     DWORD needed = 0;
@@ -30,28 +29,20 @@ DWORD Session_Of(HANDLE thread)
     return session;
 }
 
-constexpr DWORD NONE = 0xFFFFFFFE;
-constexpr DWORD DENIED = 0xFFFFFFFF;
+DWORD Own_Session() { return Session_Of(GetCurrentThread()); }
 
 /// Bears a token for a session and has no handle to it.
 void Bear(DWORD session, DWORD granted)
 {
-    const HANDLE token = Lib_Create_Session_Token(session, granted);
-    ASSERT_NE(nullptr, token);
-    EXPECT_TRUE(SetThreadToken(nullptr, token));
-    EXPECT_TRUE(CloseHandle(token));
+    EXPECT_TRUE(SetThreadToken(nullptr, Owned(Lib_Create_Session_Token(session, granted))));
 }
 
-bool Opens_Process_Token(DWORD access)
+bool Opens_Process_Token(DWORD access, HANDLE process = GetCurrentProcess())
 {
     HANDLE token = nullptr;
-    SetLastError(0);
-    if (!OpenProcessToken(GetCurrentProcess(), access, &token))
-    {
-        EXPECT_EQ(DWORD{ERROR_ACCESS_DENIED}, GetLastError());
-        return false;
-    }
-    return CloseHandle(token) != 0;
+    const bool opened = OpenProcessToken(process, access, &token) != FALSE;
+    EXPECT_TRUE(opened ? CloseHandle(token) : GetLastError() == ERROR_ACCESS_DENIED);
+    return opened;
 }
 
 class Session_Token : public testing::Test
@@ -65,34 +56,29 @@ protected:
 TEST_F(Session_Token, Is_Borne_Until_It_Is_Put_Off)
 {
     Bear(3, TOKEN_QUERY);
-    EXPECT_EQ(3U, Session_Of(GetCurrentThread())) << "nobody has a handle to it any more";
-    std::thread([] { EXPECT_EQ(NONE, Session_Of(GetCurrentThread())) << "it is one thread's"; }).join();
+    EXPECT_EQ(3U, Own_Session()) << "nobody has a handle to it any more";
+    EXPECT_EQ(NONE, On_Other_Thread(Own_Session)) << "it is one thread's";
     Bear(0, TOKEN_QUERY);
-    EXPECT_EQ(0U, Session_Of(GetCurrentThread()));
+    EXPECT_EQ(0U, Own_Session());
     EXPECT_TRUE(SetThreadToken(nullptr, nullptr));
-    EXPECT_EQ(NONE, Session_Of(GetCurrentThread()));
-    Bear(0xFFFFFFFE, TOKEN_QUERY);
-    EXPECT_TRUE(RevertToSelf());
-    EXPECT_EQ(NONE, Session_Of(GetCurrentThread()));
+    EXPECT_EQ(NONE, Own_Session());
 }
 
 TEST_F(Session_Token, Grants_What_It_Was_Made_For)
 {
     Bear(3, TOKEN_IMPERSONATE | TOKEN_DUPLICATE);
-    EXPECT_EQ(DENIED, Session_Of(GetCurrentThread()));
-    HANDLE token = nullptr;
-    ASSERT_TRUE(OpenThreadToken(GetCurrentThread(), TOKEN_IMPERSONATE, TRUE, &token));
+    EXPECT_EQ(DENIED, Own_Session());
+    HANDLE opened = nullptr;
+    ASSERT_TRUE(OpenThreadToken(GetCurrentThread(), TOKEN_IMPERSONATE, TRUE, &opened));
+    const Owned token(opened);
     DWORD told = 0;
-    EXPECT_FALSE(GetTokenInformation(token, TokenSessionId, &told, sizeof told, &told));
-    EXPECT_EQ(DWORD{ERROR_ACCESS_DENIED}, GetLastError());
+    EXPECT_EQ(DWORD{ERROR_ACCESS_DENIED},
+              Error_Of(GetTokenInformation(token, TokenSessionId, &told, sizeof told, &told)));
     EXPECT_TRUE(SetThreadToken(nullptr, token));
-    CloseHandle(token);
-    EXPECT_FALSE(OpenThreadToken(GetCurrentThread(), TOKEN_IMPERSONATE, TRUE, nullptr));
-    EXPECT_EQ(DWORD{ERROR_INVALID_PARAMETER}, GetLastError());
 
     Bear(3, GENERIC_READ);
-    EXPECT_EQ(3U, Session_Of(GetCurrentThread()));
-    EXPECT_EQ(nullptr, Lib_Create_Session_Token(0xFFFFFFFF, EVERYTHING));
+    EXPECT_EQ(3U, Own_Session());
+    EXPECT_EQ(nullptr, Lib_Create_Session_Token(0xFFFFFFFF, TOKEN_ALL_ACCESS));
     EXPECT_EQ(DWORD{ERROR_INVALID_PARAMETER}, GetLastError());
     EXPECT_EQ(nullptr, Lib_Create_Session_Token(3, 0x01000000));
     EXPECT_EQ(DWORD{ERROR_INVALID_PARAMETER}, GetLastError());
@@ -100,44 +86,27 @@ TEST_F(Session_Token, Grants_What_It_Was_Made_For)
 
 TEST_F(Session_Token, Is_No_Token_Of_A_Process)
 {
-    HANDLE token = nullptr;
-    ASSERT_TRUE(OpenProcessToken(GetCurrentProcess(), TOKEN_IMPERSONATE | TOKEN_QUERY, &token));
-    EXPECT_FALSE(SetThreadToken(nullptr, token));
-    EXPECT_EQ(DWORD{ERROR_BAD_TOKEN_TYPE}, GetLastError());
-    EXPECT_EQ(NONE, Session_Of(GetCurrentThread()));
-
-    HANDLE blind = nullptr;
-    ASSERT_TRUE(DuplicateHandle(GetCurrentProcess(), GetCurrentThread(), GetCurrentProcess(), &blind,
-                                THREAD_SET_THREAD_TOKEN, FALSE, 0));
-    EXPECT_EQ(DENIED, Session_Of(blind));
-    EXPECT_EQ(DWORD{ERROR_ACCESS_DENIED}, GetLastError());
-    CloseHandle(blind);
-
-    DWORD told = 0;
-    EXPECT_FALSE(GetTokenInformation(token, TokenSessionId, &told, 3, &told));
-    EXPECT_EQ(DWORD{ERROR_BAD_LENGTH}, GetLastError());
+    HANDLE opened = nullptr;
+    ASSERT_TRUE(OpenProcessToken(GetCurrentProcess(), TOKEN_IMPERSONATE | TOKEN_QUERY, &opened));
+    const Owned token(opened);
+    EXPECT_EQ(DWORD{ERROR_BAD_TOKEN_TYPE}, Error_Of(SetThreadToken(nullptr, token)));
+    EXPECT_EQ(NONE, Own_Session());
+    EXPECT_EQ(DENIED, Session_Of(Duplicate_Of(GetCurrentThread(), THREAD_SET_THREAD_TOKEN)));
     for (const int none : {0, -1, 51, 1000})
     {
-        EXPECT_FALSE(GetTokenInformation(token, static_cast<TOKEN_INFORMATION_CLASS>(none), &told,
-                                         sizeof told, &told));
-        EXPECT_EQ(DWORD{ERROR_INVALID_PARAMETER}, GetLastError());
+        DWORD told = 0;
+        const auto information = static_cast<TOKEN_INFORMATION_CLASS>(none);
+        EXPECT_EQ(DWORD{ERROR_INVALID_PARAMETER},
+                  Error_Of(GetTokenInformation(token, information, &told, sizeof told, &told)));
     }
-    CloseHandle(token);
 }
 
 TEST_F(Session_Token, Keeps_A_Denied_Client_From_The_Token_Of_The_Service)
 {
-    EXPECT_TRUE(Opens_Process_Token(TOKEN_QUERY));
     Bear(3, TOKEN_IMPERSONATE);
     EXPECT_FALSE(Opens_Process_Token(TOKEN_QUERY));
-    HANDLE process = nullptr;
-    EXPECT_TRUE(DuplicateHandle(GetCurrentProcess(), GetCurrentProcess(), GetCurrentProcess(), &process, 0,
-                                FALSE, DUPLICATE_SAME_ACCESS));
-    HANDLE token = nullptr;
-    EXPECT_FALSE(OpenProcessToken(process, TOKEN_QUERY, &token));
-    EXPECT_EQ(DWORD{ERROR_ACCESS_DENIED}, GetLastError());
-    CloseHandle(process);
-    std::thread([] { EXPECT_TRUE(Opens_Process_Token(TOKEN_QUERY)) << "other threads may"; }).join();
+    EXPECT_FALSE(Opens_Process_Token(TOKEN_QUERY, Duplicate_Of(GetCurrentProcess())));
+    EXPECT_TRUE(On_Other_Thread([] { return Opens_Process_Token(TOKEN_QUERY); })) << "other threads may";
 
     Bear(3, TOKEN_QUERY);
     EXPECT_TRUE(Opens_Process_Token(TOKEN_QUERY));
@@ -148,53 +117,39 @@ TEST_F(Session_Token, Keeps_A_Denied_Client_From_The_Token_Of_The_Service)
 
 TEST_F(Session_Token, Of_Another_Thread_Is_Reached_Through_Its_Handle)
 {
-    std::atomic<HANDLE> thread{nullptr};
-    const HANDLE go = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    const HANDLE ready = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    const Owned go = Make_Event(true, false);
+    Owned thread;
     DWORD seen = 0;
-    std::thread other(
+    Sleeper other(
         [&]
         {
-            HANDLE own = nullptr;
-            DuplicateHandle(GetCurrentProcess(), GetCurrentThread(), GetCurrentProcess(), &own, 0, FALSE,
-                            DUPLICATE_SAME_ACCESS);
-            thread = own;
-            SetEvent(ready);
+            thread = Duplicate_Of(GetCurrentThread());
             WaitForSingleObject(go, INFINITE);
-            seen = Session_Of(GetCurrentThread());
+            seen = Own_Session();
         });
-    WaitForSingleObject(ready, INFINITE);
     HANDLE handle = thread;
-    const HANDLE token = Lib_Create_Session_Token(7, TOKEN_QUERY);
+    const Owned token(Lib_Create_Session_Token(7, TOKEN_QUERY));
     EXPECT_TRUE(SetThreadToken(&handle, token));
-    EXPECT_EQ(7U, Session_Of(handle));
-    EXPECT_EQ(NONE, Session_Of(GetCurrentThread()));
+    EXPECT_EQ(7U, Session_Of(thread));
+    EXPECT_EQ(NONE, Own_Session());
 
     // With as_self 0 it is the client who asks, and he has less.
     Bear(3, TOKEN_IMPERSONATE);
     HANDLE opened = nullptr;
-    EXPECT_FALSE(OpenThreadToken(handle, TOKEN_QUERY, FALSE, &opened));
-    EXPECT_EQ(DWORD{ERROR_ACCESS_DENIED}, GetLastError());
-    EXPECT_EQ(7U, Session_Of(handle));
+    EXPECT_EQ(DWORD{ERROR_ACCESS_DENIED}, Error_Of(OpenThreadToken(thread, TOKEN_QUERY, FALSE, &opened)));
+    EXPECT_EQ(7U, Session_Of(thread));
 
     SetEvent(go);
-    other.join();
+    EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(thread, INFINITE));
+    other.Join();
     EXPECT_EQ(7U, seen);
-    EXPECT_EQ(DWORD{WAIT_OBJECT_0}, WaitForSingleObject(handle, INFINITE));
-    EXPECT_EQ(NONE, Session_Of(handle)) << "it ended";
-    EXPECT_FALSE(SetThreadToken(&handle, token));
-    EXPECT_EQ(DWORD{ERROR_ACCESS_DENIED}, GetLastError());
-    for (const HANDLE each : {handle, token, go, ready})
-    {
-        EXPECT_TRUE(CloseHandle(each));
-    }
+    EXPECT_EQ(NONE, Session_Of(thread)) << "it ended";
+    EXPECT_EQ(DWORD{ERROR_ACCESS_DENIED}, Error_Of(SetThreadToken(&handle, token)));
 }
 
 TEST_F(Session_Token, Changes_Hands_While_Others_Look)
 {
-    HANDLE own = nullptr;
-    ASSERT_TRUE(DuplicateHandle(GetCurrentProcess(), GetCurrentThread(), GetCurrentProcess(), &own, 0, FALSE,
-                                DUPLICATE_SAME_ACCESS));
+    const Owned own = Duplicate_Of(GetCurrentThread());
     std::atomic<bool> done{false};
     std::thread reader(
         [&]
@@ -215,7 +170,6 @@ TEST_F(Session_Token, Changes_Hands_While_Others_Look)
     }
     done = true;
     reader.join();
-    CloseHandle(own);
 }
 
 #if !defined(__SANITIZE_THREAD__)
@@ -225,13 +179,13 @@ TEST_F(Session_Token, Is_Not_Inherited_By_A_Forked_Child)
     const pid_t child = fork();
     if (child == 0)
     {
-        const bool alone = Session_Of(GetCurrentThread()) == NONE;
+        const bool alone = Own_Session() == NONE;
         Bear(4, TOKEN_QUERY);
-        _exit(alone && Session_Of(GetCurrentThread()) == 4 && Opens_Process_Token(TOKEN_QUERY) ? 0 : 1);
+        _exit(alone && Own_Session() == 4 && Opens_Process_Token(TOKEN_QUERY) ? 0 : 1);
     }
     int status = -1;
     waitpid(child, &status, 0);
     EXPECT_EQ(0, status);
-    EXPECT_EQ(3U, Session_Of(GetCurrentThread()));
+    EXPECT_EQ(3U, Own_Session());
 }
 #endif
