@@ -1,3 +1,4 @@
+#include "handles.h"
 #include "module.h"
 
 #include <cstddef>
@@ -12,6 +13,62 @@ using Calls = Module::Calls;
 
 const Lib_Result NOT_FOUND(0x80090011, 1);
 const Lib_Result UNTOUCHED(4711, 2);
+
+TEST(Environment, Is_A_Record_That_Frees_Nothing)
+{
+    Module module;
+    Lib_Result result = UNTOUCHED;
+    {
+        Lib_Environment environment(module.operator->());
+        EXPECT_EQ(nullptr, environment.Get_User_Data());
+        EXPECT_EQ(nullptr, environment.Get_Environment_Params());
+        environment.Decrease_Usage_Counter();
+        EXPECT_EQ(0u, environment.Get_Usage_Counter());
+        environment.Increase_Usage_Counter();
+        environment.Set_User_Data(&module);
+        environment.Set_User_Data(&result);
+        EXPECT_EQ(&result, environment.Get_User_Data());
+        EXPECT_TRUE(environment.Release(result));
+        EXPECT_EQ(1u, environment.Get_Usage_Counter()) << "released or not, and destroyed with a user";
+        EXPECT_EQ(UNTOUCHED, result);
+
+        std::thread([&] { EXPECT_TRUE(environment.Establish(result)); }).join();
+        ASSERT_NE(nullptr, environment.Get_Environment_Params());
+        EXPECT_NE(GetCurrentThreadId(), environment.Get_Environment_Params()->Get_Thread_ID());
+        EXPECT_TRUE(environment.Establish(result)) << "takes the caller's identity each time";
+        EXPECT_EQ(GetCurrentThreadId(), environment.Get_Environment_Params()->Get_Thread_ID());
+
+        alignas(Lib_Environment) std::byte storage[sizeof(Lib_Environment)]; // of the two, one is destroyed
+        auto* const pTarget = new (storage) Lib_Environment(nullptr);
+        pTarget->Increase_Usage_Counter(); // without a manager there is no lock, and that is all
+        pTarget->Increase_Usage_Counter();
+        *pTarget = environment;
+        EXPECT_EQ(environment.Get_Environment_Params(), pTarget->Get_Environment_Params());
+        EXPECT_EQ(&result, pTarget->Get_User_Data());
+        EXPECT_EQ(1u, pTarget->Get_Usage_Counter());
+    }
+    EXPECT_EQ(Calls(), module.Take_Calls());
+    module.Expect_Unlocked();
+}
+
+TEST(Environment, Has_The_Lock_Of_Its_Manager)
+{
+    const Module module;
+    Lib_Environment environment(module.operator->());
+    environment.Lock();
+    environment.Lock();
+    std::atomic<bool> bLocked = false;
+    const test_support::Sleeper other(
+        [&]
+        {
+            module->Lock();
+            bLocked = true;
+            module->Unlock();
+        });
+    environment.Unlock();
+    EXPECT_FALSE(bLocked);
+    environment.Unlock();
+}
 
 TEST(Environment_Manager, The_First_User_Makes_An_Environment_And_The_Last_Removes_It)
 {
@@ -75,9 +132,10 @@ TEST(Environment_Manager, An_Environment_That_Is_Not_Ready_Stays_Without_Users)
     EXPECT_FALSE(module->Is_Valid_Environment(pEnvironment));
 }
 
-TEST(Environment_Manager, A_Creation_That_Fails_Leaves_Nothing)
+TEST(Environment_Manager, A_Failed_Creation_Leaves_Nothing_And_A_Failed_Free_Keeps_Nothing)
 {
     Module module;
+    const auto create = module.m_Create;
     module.m_Create = [&](Lib_Environment* pEnvironment, Lib_Result& result) -> void*
     {
         EXPECT_FALSE(module->Is_Valid_Environment(pEnvironment));
@@ -93,20 +151,11 @@ TEST(Environment_Manager, A_Creation_That_Fails_Leaves_Nothing)
     EXPECT_EQ(Lib_Result(31, 2), result);
     EXPECT_EQ(Calls{"create null"}, module.Take_Calls());
     EXPECT_EQ(nullptr, module.Get_Environment());
-    module.Destroy_Manager();
-    EXPECT_EQ(Calls(), module.Take_Calls());
-}
 
-TEST(Environment_Manager, A_Free_That_Fails_Does_Not_Keep_The_Environment)
-{
-    Module module;
+    module.m_Create = create;
     Lib_Environment* const pEnvironment = module.Establish();
-    module.m_Free = [](void*, Lib_Result& result)
-    {
-        result.Set_Result(32, 2);
-        return false;
-    };
-    Lib_Result result;
+    module.m_Free = [](void*, Lib_Result& reason) { return reason.Set_Result(32, 2), false; };
+    result.Reset_Result();
     EXPECT_FALSE(module->Release_Environment(pEnvironment, result));
     EXPECT_EQ(Lib_Result(32, 2), result);
     EXPECT_FALSE(module->Is_Valid_Environment(pEnvironment));
@@ -133,22 +182,19 @@ TEST(Environment_Manager, Refuses_What_Is_None_Of_Its_Environments)
     EXPECT_EQ(Calls{"create 1"}, module.Take_Calls());
 }
 
-TEST(Environment_Manager, Works_Without_Callbacks)
-{
-    const Module module(nullptr, nullptr, nullptr, nullptr);
-    Lib_Environment* const pEnvironment = module.Establish();
-    ASSERT_NE(nullptr, pEnvironment);
-    Lib_Result result;
-    EXPECT_EQ(nullptr, module->Get_User_Data(result));
-    EXPECT_EQ(NOT_FOUND, result);
-    EXPECT_EQ(pEnvironment, module->Get_Environment_For_User_Data(nullptr));
-    EXPECT_TRUE(module.Release(pEnvironment));
-    EXPECT_FALSE(module->Is_Valid_Environment(pEnvironment));
-    module.Establish(); // which the manager's destructor removes
-}
-
 TEST(Environment_Manager, A_Step_Without_Its_Callback_Is_Skipped)
 {
+    {
+        const Module module(nullptr, nullptr, nullptr, nullptr);
+        Lib_Environment* const pEnvironment = module.Establish();
+        Lib_Result result;
+        EXPECT_EQ(nullptr, module->Get_User_Data(result));
+        EXPECT_EQ(NOT_FOUND, result);
+        EXPECT_EQ(pEnvironment, module->Get_Environment_For_User_Data(nullptr));
+        EXPECT_TRUE(module.Release(pEnvironment));
+        EXPECT_FALSE(module->Is_Valid_Environment(pEnvironment));
+        module.Establish(); // which the manager's destructor removes
+    }
     Module no_create(nullptr, Module::st_Free, nullptr, Module::st_Ready);
     EXPECT_TRUE(no_create.Release(no_create.Establish()));
     EXPECT_EQ((Calls{"ready null", "free null"}), no_create.Take_Calls()) << "free runs without data too";
@@ -161,37 +207,19 @@ TEST(Environment_Manager, A_Step_Without_Its_Callback_Is_Skipped)
 TEST(Environment_Manager, Enumerates_Until_The_Function_Has_Enough)
 {
     static unsigned int s_nCalls;
-    const auto count = [](Lib_Environment* pEnvironment, long long nContext)
+    const auto count = [](Lib_Environment*, long long nContext)
     {
         ++s_nCalls;
-        EXPECT_NE(nullptr, pEnvironment->Get_Environment_Params());
-        pEnvironment->Set_User_Data(&s_nCalls);
         return nContext != -5'000'000'000;
     };
     s_nCalls = 0;
-    const Module module(nullptr, nullptr, nullptr, nullptr);
+    const Module module;
     module->Enum_Environments(count, 0);
     EXPECT_EQ(0u, s_nCalls);
     module.Establish();
     module->Enum_Environments(count, -5'000'000'000);
-    module->Enum_Environments(count, 0);
     module->Enum_Environments(nullptr, 0);
-    EXPECT_EQ(2u, s_nCalls);
-    Lib_Result result;
-    EXPECT_EQ(&s_nCalls, module->Get_User_Data(result));
-}
-
-TEST(Environment_Manager, Locks_Recursively_And_Takes_Over_An_Abandoned_Lock)
-{
-    Module module;
-    module.Establish();
-    std::thread([&] { module->Lock(); }).join();
-    Lib_Environment* const pEnvironment = module.Get_Environment();
-    ASSERT_NE(nullptr, pEnvironment);
-    module->Lock();
-    EXPECT_TRUE(module.Release(pEnvironment));
-    module->Unlock();
-    module.Expect_Unlocked();
+    EXPECT_EQ(1u, s_nCalls);
 }
 
 TEST(Environment_Manager, Callbacks_May_Call_The_Manager)
@@ -216,7 +244,6 @@ TEST(Environment_Manager, Callbacks_May_Call_The_Manager)
     {
         Lib_Environment* const pEnvironment = module->Get_Environment_For_User_Data(pData);
         EXPECT_TRUE(module->Is_Valid_Environment(pEnvironment)) << "still there";
-        EXPECT_NE(nullptr, module.Get_Environment());
         std::erase(environments, pEnvironment);
         if (environments.size() == 2)
         {
@@ -234,9 +261,9 @@ TEST(Environment_Manager, What_A_Callback_Throws_Leaves_It_Unlocked)
 {
     Module module;
     const auto fail = [](auto&&...) -> bool { throw std::runtime_error("a callback's own"); };
-    auto create = std::exchange(module.m_Create,
-                                [](Lib_Environment*, Lib_Result&) -> void*
-                                { throw std::runtime_error("a callback's own"); });
+    const auto create = std::exchange(module.m_Create,
+                                      [](Lib_Environment*, Lib_Result&) -> void*
+                                      { throw std::runtime_error("a callback's own"); });
     Lib_Result result;
     EXPECT_THROW(module->Establish_Environment(result), std::runtime_error);
     EXPECT_EQ(nullptr, module.Get_Environment());
@@ -244,7 +271,7 @@ TEST(Environment_Manager, What_A_Callback_Throws_Leaves_It_Unlocked)
 
     module.m_Create = create;
     Lib_Environment* const pEnvironment = module.Establish();
-    const auto free = std::exchange(module.m_Free, fail);
+    module.m_Free = fail;
     const auto ready = std::exchange(module.m_Ready, fail);
     EXPECT_THROW(module.Release(pEnvironment), std::runtime_error);
     EXPECT_TRUE(module->Is_Valid_Environment(pEnvironment));
@@ -257,16 +284,15 @@ TEST(Environment_Manager, What_A_Callback_Throws_Leaves_It_Unlocked)
     module.Expect_Unlocked();
 
     module.Establish();
-    EXPECT_THROW(
-        module->Enum_Environments([](Lib_Environment*, long long) -> bool { throw std::bad_alloc(); }, 0),
-        std::bad_alloc);
+    const auto look = [](Lib_Environment*, long long) -> bool { throw std::bad_alloc(); };
+    EXPECT_THROW(module->Enum_Environments(look, 0), std::bad_alloc);
     module.Expect_Unlocked();
     module.Take_Calls();
     module.Destroy_Manager();
     EXPECT_EQ(Calls{"free 2"}, module.Take_Calls());
 }
 
-TEST(Environment_Manager, Assignment_Shares_Environments_And_Lock)
+TEST(Environment_Manager, Assignment_Shares_Environments_And_A_Lock_That_Is_Taken_Over)
 {
     const Module module;
     Lib_Environment* const pEnvironment = module.Establish();
@@ -275,12 +301,13 @@ TEST(Environment_Manager, Assignment_Shares_Environments_And_Lock)
     std::memcpy(own, static_cast<void*>(&target), sizeof target);
     target = *module.operator->();
     EXPECT_TRUE(target.Is_Valid_Environment(pEnvironment));
+    std::thread([&] { target.Lock(); }).join(); // abandons it
     target.Lock();
-    module->Unlock();
-    module.Expect_Unlocked();
     Lib_Result result;
     EXPECT_TRUE(target.Establish_Environment(result));
     EXPECT_EQ(2u, pEnvironment->Get_Usage_Counter());
+    module->Unlock();
+    module.Expect_Unlocked();
     std::memcpy(static_cast<void*>(&target), own, sizeof target);
 }
 
