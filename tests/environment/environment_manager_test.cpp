@@ -224,37 +224,40 @@ TEST(Environment_Manager, Enumerates_Until_The_Function_Has_Enough)
 
 TEST(Environment_Manager, Callbacks_May_Call_The_Manager)
 {
+    constexpr std::size_t nCount = 16;
     Module module;
     std::vector<Lib_Environment*> environments;
     const auto create = module.m_Create;
     module.m_Create = [&](Lib_Environment* pEnvironment, Lib_Result& result)
     {
         environments.push_back(pEnvironment);
-        if (environments.size() < 3)
+        if (environments.size() < nCount)
         {
             module.Establish();
         }
         return create(pEnvironment, result);
     };
     module.Establish();
-    ASSERT_EQ(3u, environments.size()) << "each is another environment of this session";
-    module.Take_Calls();
+    ASSERT_EQ(nCount, environments.size()) << "each is another environment of this session";
 
+    bool bNested = false;
+    unsigned int nFreed = 0;
     module.m_Free = [&](void* pData, Lib_Result&)
     {
+        ++nFreed;
         Lib_Environment* const pEnvironment = module->Get_Environment_For_User_Data(pData);
         EXPECT_TRUE(module->Is_Valid_Environment(pEnvironment)) << "still there";
         std::erase(environments, pEnvironment);
-        if (environments.size() == 2)
+        if (!std::exchange(bNested, true) && !environments.empty())
         {
-            EXPECT_TRUE(module.Release(environments.front()));
+            EXPECT_TRUE(module.Release(environments[environments.size() / 2])) << "of those that are left";
         }
+        bNested = false;
         return true;
     };
     module.Destroy_Manager();
-    Calls calls = module.Take_Calls();
-    EXPECT_EQ(3, std::erase_if(calls, [](const std::string& call) { return call.starts_with("free"); }));
-    EXPECT_EQ(2u, calls.size()) << "that of the one which was released by the callback";
+    EXPECT_EQ(nCount, nFreed);
+    EXPECT_TRUE(environments.empty());
 }
 
 TEST(Environment_Manager, What_A_Callback_Throws_Leaves_It_Unlocked)
@@ -314,14 +317,9 @@ TEST(Environment_Manager, Assignment_Shares_Environments_And_A_Lock_That_Is_Take
 TEST(Environment_Manager, Frees_What_Is_Left_When_It_Goes)
 {
     Module module;
-    const Lib_Environment* const pEnvironment = module.Establish();
     module.Establish();
-    module.m_Free = [&](void* pData, Lib_Result& result)
-    {
-        EXPECT_TRUE(result.Is_Success());
-        EXPECT_EQ(pEnvironment->Get_User_Data(), pData);
-        return false;
-    };
+    module.Establish();
+    module.m_Free = [](void*, Lib_Result&) { return false; };
     module.Take_Calls();
     module.Destroy_Manager();
     EXPECT_EQ(Calls{"free 1"}, module.Take_Calls()) << "whatever the number of users";

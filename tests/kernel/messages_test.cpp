@@ -3,6 +3,7 @@
 #include "lib_platform.h"
 #include "test_text.h"
 
+#include <algorithm>
 #include <cstdarg>
 
 using namespace test_support;
@@ -171,8 +172,7 @@ TEST(Messages, Take_Blocks_Of_The_Platform)
 {
     auto* const pBlock = static_cast<unsigned char*>(LocalAlloc(LPTR, 1000));
     ASSERT_NE(nullptr, pBlock);
-    for (int i = 0; i < 1000; ++i)
-        ASSERT_EQ(0, pBlock[i]);
+    EXPECT_TRUE(std::all_of(pBlock, pBlock + 1000, [](unsigned char byte) { return byte == 0; }));
     EXPECT_EQ(nullptr, LocalFree(pBlock));
     const HLOCAL empty = LocalAlloc(LMEM_FIXED, 0);
     EXPECT_NE(nullptr, empty);

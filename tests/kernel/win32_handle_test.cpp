@@ -71,6 +71,8 @@ TEST(Win32_Handle, Pseudo_Handles_Stand_For_The_Caller)
 {
     EXPECT_TRUE(CloseHandle(GetCurrentProcess()));
     EXPECT_TRUE(CloseHandle(GetCurrentThread()));
+    EXPECT_EQ(TIMED_OUT, WaitForSingleObject(GetCurrentThread(), 1));
+    EXPECT_EQ(TIMED_OUT, WaitForSingleObject(GetCurrentProcess(), 1));
     const Owned process = Duplicate_Of(GetCurrentProcess());
     const Owned event = Make_Event(false, true);
     HANDLE hTarget = nullptr;

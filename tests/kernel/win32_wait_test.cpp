@@ -125,21 +125,3 @@ TEST_P(Objects, A_Wait_Is_Not_Disturbed_By_A_Close)
     mine.Close();
     EXPECT_TRUE(SetEvent(other));
 }
-
-TEST(Wait, For_A_Thread_Ends_With_It)
-{
-    Owned thread;
-    const Owned go = Make_Event(true, false);
-    Sleeper other(
-        [&]
-        {
-            thread = Duplicate_Of(GetCurrentThread());
-            WaitForSingleObject(go, INFINITE);
-        });
-    EXPECT_EQ(TIMED_OUT, WaitForSingleObject(thread, 10));
-    EXPECT_TRUE(SetEvent(go));
-    EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(thread, INFINITE));
-    EXPECT_EQ(WAIT_OBJECT_0, Wait_All(INFINITE, thread, go));
-    EXPECT_EQ(TIMED_OUT, WaitForSingleObject(GetCurrentThread(), 1));
-    EXPECT_EQ(TIMED_OUT, WaitForSingleObject(GetCurrentProcess(), 1));
-}

@@ -98,9 +98,10 @@ public:
                   function();
               })
     {
-        while (m_nThread == 0 || !is_Asleep(m_nThread))
+        for (int nSeen = 0; nSeen < 3;) // in a row
         {
-            std::this_thread::yield();
+            nSeen = m_nThread != 0 && is_Asleep(m_nThread) ? nSeen + 1 : 0;
+            std::this_thread::sleep_for(std::chrono::milliseconds(Windows_Target ? 30 : 1));
         }
     }
     ~Sleeper() { Join(); }
@@ -116,15 +117,10 @@ public:
 private:
     static bool is_Asleep(DWORD thread)
     {
-        if constexpr (Windows_Target)
-        {
-            std::this_thread::sleep_for(std::chrono::milliseconds(100));
-            return true;
-        }
         std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
         std::string text;
         const bool there = static_cast<bool>(std::getline(file, text));
-        return !there || text.find(") S ") != std::string::npos;
+        return Windows_Target || !there || text.find(") S ") != std::string::npos;
     }
 
     std::atomic<DWORD> m_nThread{0};

@@ -1,5 +1,4 @@
 #include "client.h"
-#include "handles.h"
 #include "lib_thread.h"
 
 using namespace test_support;
@@ -40,17 +39,4 @@ TEST(Impersonated_Thread_Rights, Decide_About_The_Token)
     EXPECT_FALSE(Works_When_Made_After(nullptr, result));
     EXPECT_EQ(Lib_Result(ERROR_ACCESS_DENIED, 1), result);
     RevertToSelf();
-}
-
-TEST(Impersonated_Thread_Rights, A_Thread_That_Cannot_Be_Made_Leaves_The_Platforms_Code)
-{
-    Lib_Result result;
-    void* thread = &result;
-    unsigned int id = 5;
-    const auto never = [](void*) { return 0U; };
-    EXPECT_FALSE(Lib_Create_Impersonated_Thread_Ex(nullptr, 0, never, nullptr, 0x80000000, result, &id,
-                                                   nullptr, &thread));
-    EXPECT_EQ(Lib_Result(ERROR_INVALID_PARAMETER, 1), result);
-    EXPECT_EQ(&result, thread);
-    EXPECT_EQ(5U, id);
 }

@@ -1,5 +1,4 @@
 #include "client.h"
-#include "handles.h"
 #include "lib_thread.h"
 
 using namespace test_support;

@@ -102,11 +102,8 @@ TEST(Monitor_Thread_Storm, Users_Come_And_Go_At_Once)
                 EXPECT_TRUE(storm.m_Monitor.Stop(result));
             }
         });
-    Lib_Result result;
     EXPECT_FALSE(storm.m_Monitor.Is_Active());
-    EXPECT_TRUE(storm.m_Monitor.Free(result)) << "idle";
     EXPECT_EQ(storm.m_nBegun, storm.m_nEnded);
-    EXPECT_LE(1, storm.m_nBegun);
     EXPECT_EQ(0, storm.m_nFailed);
 }
 

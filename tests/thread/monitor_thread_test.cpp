@@ -30,18 +30,6 @@ protected:
     void expect_Failed() { expect_State(false, true, 0); }
     void expect_Abandoned(unsigned long nUsers) { expect_State(false, true, nUsers); }
 
-    /// Stops with another handle to the worker, and answers its exit code.
-    template <class End>
-    DWORD exit_Code_After(const End& end)
-    {
-        const Lib_Handle thread(m_Monitor.m_hThread);
-        EXPECT_TRUE(end());
-        DWORD code = 0;
-        EXPECT_EQ(DWORD{WAIT_OBJECT_0}, WaitForSingleObject(thread, INFINITE));
-        EXPECT_TRUE(GetExitCodeThread(thread, &code));
-        return code;
-    }
-
     /// The run fails; the notification has been made.
     bool fail()
     {
@@ -86,8 +74,6 @@ TEST_F(Monitor_Thread, Is_Initialised_Once_And_Hands_Out_Its_Stop_Event)
     EXPECT_TRUE(start());
     EXPECT_TRUE(stop());
     EXPECT_EQ(1, m_Watch.m_nInits);
-    EXPECT_EQ(0, other.m_nInits);
-
     Lib_Event event;
     Lib_String strName(L"x");
     m_Monitor.Get_Control_Events(&event);
@@ -140,17 +126,6 @@ TEST_F(Monitor_Thread, A_Stop_Is_Seen_Before_It_Is_Told)
     EXPECT_TRUE(stop());
     expect_Idle();
     EXPECT_EQ(1, m_Watch.m_nStops);
-}
-
-TEST_F(Monitor_Thread, The_Exit_Code_Tells_Of_Order)
-{
-    EXPECT_TRUE(start());
-    EXPECT_EQ(1U, exit_Code_After([this] { return stop(); }));
-    EXPECT_TRUE(start());
-    EXPECT_EQ(0U, exit_Code_After([this] { return fail(); }));
-    m_Watch.m_bDone = false;
-    EXPECT_TRUE(start());
-    EXPECT_EQ(0U, exit_Code_After([this] { return stop(); }));
 }
 
 TEST_F(Monitor_Thread, A_Worker_That_Does_Not_Come_Up_Fails_The_Start)
@@ -254,14 +229,18 @@ TEST_F(Monitor_Thread, Needs_No_Callback_But_The_Work)
     Watch watch;
     EXPECT_TRUE(
         monitor.Init(nullptr, Watch::Work, nullptr, nullptr, nullptr, &watch, &watch.m_evStop, m_Result, 0));
-    EXPECT_TRUE(monitor.Start(m_Result));
-    EXPECT_TRUE(monitor.Stop(m_Result));
-    EXPECT_FALSE(monitor.Has_Thread());
-    EXPECT_TRUE(monitor.Start(m_Result));
-    watch.m_evFail.Set();
-    EXPECT_TRUE(monitor.m_evFinished.Wait_Until_Object_0(INFINITE));
-    EXPECT_FALSE(monitor.Is_Active());
-    EXPECT_TRUE(monitor.Has_Thread());
+    for (const DWORD nOrdered : {1, 0}) // the exit code tells
+    {
+        EXPECT_TRUE(monitor.Start(m_Result));
+        const Lib_Handle thread(monitor.m_hThread);
+        EXPECT_TRUE(nOrdered == 1 ? monitor.Stop(m_Result) : watch.m_evFail.Set());
+        EXPECT_EQ(DWORD{WAIT_OBJECT_0}, WaitForSingleObject(thread, INFINITE));
+        DWORD nCode = 77;
+        EXPECT_TRUE(GetExitCodeThread(thread, &nCode));
+        EXPECT_EQ(nOrdered, nCode);
+        EXPECT_FALSE(monitor.Is_Active());
+        EXPECT_EQ(nOrdered == 0, monitor.Has_Thread());
+    }
 }
 
 TEST_F(Monitor_Thread, A_Stop_That_Is_Refused_Is_Abandoned)
@@ -302,14 +281,7 @@ TEST_F(Monitor_Thread, Is_Freed_Whatever_The_Number_Of_Users)
     {
         EXPECT_EQ(nullptr, pEvent->operator void*());
     }
-    const Lib_Result untouched(3, 3);
-    m_Result = untouched;
-    EXPECT_FALSE(m_Monitor.Free(m_Result));
-    EXPECT_EQ(untouched, m_Result);
-}
 
-TEST_F(Monitor_Thread, No_Worker_Is_Left_When_The_Object_Goes)
-{
     for (const bool bWilling : {true, false})
     {
         Watch watch;
@@ -324,7 +296,7 @@ TEST_F(Monitor_Thread, No_Worker_Is_Left_When_The_Object_Goes)
             EXPECT_TRUE(monitor.Init_For(watch));
             EXPECT_TRUE(monitor.Start(m_Result));
         }
-        EXPECT_EQ(2, watch.m_nDones);
+        EXPECT_EQ(2, watch.m_nDones) << "no worker is left when the object goes";
     }
 }
 
@@ -424,7 +396,6 @@ TEST_F(Monitor_Thread, A_Copy_Is_A_View_Of_The_Same_Worker)
 {
     EXPECT_TRUE(start());
     Monitor view(m_Monitor);
-    EXPECT_TRUE(view.Is_Active());
     EXPECT_TRUE(view.Start(m_Result));
     EXPECT_EQ(2U, view.Get_Users());
     expect_Running(1);
@@ -435,28 +406,21 @@ TEST_F(Monitor_Thread, A_Copy_Is_A_View_Of_The_Same_Worker)
     EXPECT_TRUE(stop()) << "finds it ended";
     expect_Idle();
 
+    Watch watch;
     EXPECT_TRUE(start());
     {
-        const Monitor other(m_Monitor);
+        Monitor target;
+        EXPECT_TRUE(target.Init_For(watch));
+        EXPECT_TRUE(target.Start(m_Result));
+        target = m_Monitor;
+        EXPECT_EQ(1, watch.m_nDones) << "an assignment ends the worker of its target";
+        EXPECT_TRUE(target.Is_Active());
+        const Monitor& self = m_Monitor;
+        m_Monitor = self;
+        expect_Running(1);
+        EXPECT_EQ(1, m_Watch.m_nDones);
     }
     EXPECT_EQ(2, m_Watch.m_nDones) << "a view stops the worker when it goes";
-}
-
-TEST_F(Monitor_Thread, An_Assignment_Ends_The_Worker_Of_Its_Target)
-{
-    Watch watch;
-    Monitor target;
-    EXPECT_TRUE(target.Init_For(watch));
-    EXPECT_TRUE(target.Start(m_Result));
-    EXPECT_TRUE(start());
-    target = m_Monitor;
-    EXPECT_EQ(1, watch.m_nDones);
-    EXPECT_TRUE(target.Is_Active());
-    target = m_Monitor;
-    const Monitor& self = m_Monitor;
-    m_Monitor = self;
-    expect_Running(1);
-    EXPECT_EQ(0, m_Watch.m_nDones);
 }
 
 TEST_F(Monitor_Thread, Copies_With_Workers_Of_Their_Own_Wait_For_Their_Own)
