@@ -172,7 +172,7 @@ TEST(Messages, Take_Blocks_Of_The_Platform)
 {
     auto* const pBlock = static_cast<unsigned char*>(LocalAlloc(LPTR, 1000));
     ASSERT_NE(nullptr, pBlock);
-    EXPECT_TRUE(std::all_of(pBlock, pBlock + 1000, [](unsigned char byte) { return byte == 0; }));
+    EXPECT_TRUE(std::all_of(pBlock, pBlock + 1000, [](unsigned char cByte) { return cByte == 0; }));
     EXPECT_EQ(nullptr, LocalFree(pBlock));
     const HLOCAL empty = LocalAlloc(LMEM_FIXED, 0);
     EXPECT_NE(nullptr, empty);

@@ -72,7 +72,8 @@ TEST(Names, Of_What_Is_Missing_Or_Of_Another_Kind_Are_Refused)
     const Owned mutex(CreateMutexW(nullptr, FALSE, strName));
     EXPECT_EQ(DWORD{ERROR_INVALID_HANDLE}, Error_Of(CreateEventW(nullptr, FALSE, FALSE, strName)));
     EXPECT_EQ(DWORD{ERROR_INVALID_HANDLE}, Error_Of(OpenEventW(SYNCHRONIZE, FALSE, strName)));
-    EXPECT_EQ(DWORD{ERROR_PATH_NOT_FOUND}, Error_Of(CreateMutexW(nullptr, FALSE, strName + L"\\behind")));
+    EXPECT_EQ(DWORD{ERROR_PATH_NOT_FOUND},
+              Error_Of(CreateMutexW(nullptr, FALSE, Fresh_Name() + L"\\behind")));
 }
 
 TEST(Names, Go_With_The_Last_Handle)

@@ -106,15 +106,16 @@ TEST_F(Session_Token, Keeps_A_Denied_Client_From_The_Token_Of_The_Service)
 TEST_F(Session_Token, Of_Another_Thread_Is_Reached_Through_Its_Handle)
 {
     const Owned go = Make_Event(true, false);
-    Owned thread;
+    std::atomic<HANDLE> told{nullptr};
     DWORD seen = 0;
     Sleeper other(
         [&]
         {
-            thread = Duplicate_Of(GetCurrentThread());
+            told = Duplicate_Of(GetCurrentThread()).Detach();
             WaitForSingleObject(go, INFINITE);
             seen = Own_Session();
         });
+    const Owned thread(told.load());
     HANDLE handle = thread;
     const Owned token(Lib_Create_Session_Token(7, TOKEN_QUERY));
     EXPECT_TRUE(SetThreadToken(&handle, token));
