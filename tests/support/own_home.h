@@ -16,7 +16,8 @@
 namespace test_support
 {
 
-/// Names a folder, which the first write makes. Other processes that a test starts use that of their owner.
+/// Names a folder, which the first write makes, in memory, so that no test waits for the disk. Other
+/// processes that a test starts use that of their owner.
 class Own_Home
 {
 public:
@@ -26,7 +27,7 @@ public:
             return;
         std::timespec now{};
         std::timespec_get(&now, TIME_UTC);
-        std::snprintf(m_Folder, sizeof m_Folder, "/tmp/qnlib-test-%d-%lx", getpid(), now.tv_nsec);
+        std::snprintf(m_Folder, sizeof m_Folder, "/dev/shm/test-of-registry-%d-%lx", getpid(), now.tv_nsec);
         char machine[sizeof m_Folder + 8];
         std::snprintf(machine, sizeof machine, "%s/machine", m_Folder);
         setenv("QN_TEST_HOME", m_Folder, 1);

@@ -34,7 +34,6 @@ void before_Fork()
 void after_Fork()
 {
     Stores& stores = Stores::Get();
-    Lock_Key_Handles();
     for (Store* const store : {&stores.users, &stores.machine, &stores.user})
     {
         store->reader.Unlock();

@@ -1,0 +1,385 @@
+// The files of the registry: where they are made, who may do what, and what happens to those that are no
+// good.
+
+#include "lib_platform.h"
+#include "platform/system_calls.h"
+#include "registry_stores.h"
+#include "test_process.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace test_support;
+
+namespace
+{
+
+constexpr const wchar_t* KEY_PATH = L"Software\\Test";
+constexpr uid_t NOBODY = 65534;
+
+LSTATUS read_Store(HKEY root)
+{
+    HKEY key = nullptr;
+    LSTATUS code = RegOpenKeyExW(root, KEY_PATH, 0, KEY_READ, &key);
+    if (code == 0)
+        code = RegQueryValueExW(key, L"v", nullptr, nullptr, nullptr, nullptr);
+    if (key != nullptr)
+        RegCloseKey(key);
+    return code;
+}
+
+LSTATUS write_Store(HKEY root)
+{
+    HKEY key = nullptr;
+    LSTATUS code = RegCreateKeyExW(root, KEY_PATH, 0, nullptr, 0, KEY_WRITE, nullptr, &key, nullptr);
+    if (code == 0)
+        code = RegSetValueExW(key, L"v", 0, REG_BINARY, reinterpret_cast<const BYTE*>("abc"), 3);
+    if (key != nullptr)
+        RegCloseKey(key);
+    return code;
+}
+
+/// In a name space of mounts of its own; false where one may not.
+bool mount_Disk(const std::string& folder, unsigned long flags)
+{
+    return unshare(CLONE_NEWNS) == 0 && mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+           mount("none", folder.c_str(), "tmpfs", flags, "size=512k,mode=700") == 0;
+}
+
+constexpr int MAY_NOT = 77;
+
+/// A process settles the places of its stores once: so each test leaves the registry to other processes,
+/// which it starts with places of their own.
+class Registry_Store : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        char folder[] = "/dev/shm/test-of-registry-XXXXXX"; // in memory: no test waits for the disk
+        m_strFolder = mkdtemp(folder);
+        chmod(folder, 0755);
+        m_strOwn_Home = std::getenv("XDG_DATA_HOME");
+        m_strOwn_Machine = std::getenv("QNLIB_MACHINE_STORE");
+        setenv("XDG_DATA_HOME", m_strFolder.c_str(), 1);
+        setenv("QNLIB_MACHINE_STORE", (m_strFolder + "/machine").c_str(), 1);
+        m_strFile = m_strFolder + "/qnlib/registry.db";
+    }
+    void TearDown() override
+    {
+        setenv("XDG_DATA_HOME", m_strOwn_Home.c_str(), 1);
+        setenv("QNLIB_MACHINE_STORE", m_strOwn_Machine.c_str(), 1);
+        std::filesystem::remove_all(m_strFolder);
+    }
+
+    /// What a fresh process gets who reads and writes, of that user.
+    static void Expect_Codes(HKEY root, LSTATUS read, LSTATUS write, uid_t user = getuid())
+    {
+        const int nEnd = In_Other_Process(
+            [=]
+            {
+                if (user != getuid() && (setgid(NOBODY) != 0 || setuid(user) != 0))
+                    return MAY_NOT;
+                EXPECT_EQ(read, read_Store(root));
+                EXPECT_EQ(write, write_Store(root));
+                return HasFailure() ? 1 : 0;
+            });
+        EXPECT_EQ(0, nEnd);
+    }
+
+    /// Does something with the registry in a fresh process, whose faults count here.
+    template <class Work>
+    static void Elsewhere(Work work)
+    {
+        const int nEnd = In_Other_Process(
+            [&]
+            {
+                const bool permitted = work();
+                return HasFailure() ? 1 : permitted ? 0 : MAY_NOT;
+            });
+        if (nEnd == MAY_NOT)
+            GTEST_SKIP() << "may not mount a disk";
+        EXPECT_EQ(0, nEnd);
+    }
+
+    unsigned int Get_Mode(const std::string& path) const
+    {
+        struct stat status = {};
+        EXPECT_EQ(0, stat((m_strFolder + path).c_str(), &status)) << path;
+        return status.st_mode & 0777;
+    }
+
+    /// Puts a file in the place of the store; nothing may change it.
+    void Expect_Untouched(const std::string& bytes, LSTATUS code)
+    {
+        std::filesystem::remove_all(m_strFolder + "/qnlib");
+        std::filesystem::create_directories(m_strFolder + "/qnlib");
+        Write_File(m_strFile, bytes);
+        Expect_Codes(HKEY_CURRENT_USER, code, code);
+        EXPECT_TRUE(Read_File(m_strFile) == bytes);
+    }
+
+    std::string Make_Database(const char* text)
+    {
+        const std::string strFile = m_strFolder + "/made.db";
+        std::filesystem::remove(strFile);
+        Query_Store(strFile, text);
+        return Read_File(strFile);
+    }
+
+    std::string m_strFolder;
+    std::string m_strFile;
+    std::string m_strOwn_Home;
+    std::string m_strOwn_Machine;
+};
+
+} // namespace
+
+TEST_F(Registry_Store, Is_Made_By_The_First_Write_For_Its_User_Alone)
+{
+    umask(0);
+    Expect_Codes(HKEY_CURRENT_USER, 2, 0);
+    umask(022);
+    EXPECT_EQ(0700u, Get_Mode("/qnlib"));
+    for (const char* pEnd : {"", "-wal", "-shm"})
+        EXPECT_EQ(0600u, Get_Mode(std::string("/qnlib/registry.db") + pEnd));
+    EXPECT_EQ("ok", Query_Store(m_strFile, "PRAGMA integrity_check"));
+    EXPECT_EQ("616263", Query_Store(m_strFile, "SELECT data FROM registry WHERE path = '\\Software\\Test'"));
+}
+
+TEST_F(Registry_Store, Of_The_Machine_Is_Read_By_All_And_Written_By_Its_Owner)
+{
+    umask(077);
+    Expect_Codes(HKEY_LOCAL_MACHINE, 2, 0);
+    umask(022);
+    EXPECT_EQ(0755u, Get_Mode("/machine"));
+    EXPECT_EQ(0644u, Get_Mode("/machine/registry.db"));
+    if (getuid() != 0)
+        GTEST_SKIP() << "only root can become somebody else";
+    Expect_Codes(HKEY_LOCAL_MACHINE, 0, 5, NOBODY);
+    // While its owner has it open, too.
+    const Test_Process owner(
+        [](const Talk& talk)
+        {
+            talk.Say(write_Store(HKEY_LOCAL_MACHINE) == 0 ? '+' : '-');
+            return talk.Hear();
+        });
+    ASSERT_EQ('+', owner.Hear());
+    Expect_Codes(HKEY_LOCAL_MACHINE, 0, 5, NOBODY);
+}
+
+TEST_F(Registry_Store, Needs_A_Place)
+{
+    if (getuid() != 0)
+        GTEST_SKIP() << "only root can become somebody else";
+    Expect_Codes(HKEY_CURRENT_USER, 2, 5, 12345); // the folder is somebody else's
+    unsetenv("XDG_DATA_HOME");
+    unsetenv("HOME");
+    Expect_Codes(HKEY_CURRENT_USER, 3, 3, 12345); // whom the user database does not know
+    setenv("XDG_DATA_HOME", "relative", 1);
+    Expect_Codes(HKEY_CURRENT_USER, 3, 3, 12345);
+    setenv("HOME", m_strFolder.c_str(), 1);
+    Expect_Codes(HKEY_CURRENT_USER, 2, 0);
+    EXPECT_EQ(0700u, Get_Mode("/.local/share/qnlib"));
+    setenv("HOME", "/root", 1);
+}
+
+TEST_F(Registry_Store, Is_Not_Overwritten_When_It_Is_No_Good)
+{
+    const std::string strTable = "CREATE TABLE t(x); INSERT INTO t VALUES (1);";
+    const std::string strMark = "PRAGMA application_id = 1903055431;";
+    Expect_Untouched(std::string(5000, 'x'), 1009);
+    Expect_Untouched("short", 1009);
+    Expect_Untouched(Make_Database(strTable.c_str()), 1017);
+    Expect_Untouched(Make_Database((strTable + "PRAGMA application_id = 7").c_str()), 1017);
+    Expect_Untouched(Make_Database((strTable + strMark + "PRAGMA user_version = 2").c_str()), 1306);
+    Expect_Untouched(Make_Database((strTable + strMark + "PRAGMA user_version = 1").c_str()), 1009);
+    Expect_Untouched(Make_Database((strTable + strMark).c_str()).substr(0, 4200), 1009);
+}
+
+TEST_F(Registry_Store, Tells_Damage_Inside)
+{
+    Expect_Codes(HKEY_CURRENT_USER, 2, 0);
+    Query_Store(m_strFile, "PRAGMA wal_checkpoint(TRUNCATE)");
+    std::string strBytes = Read_File(m_strFile);
+    std::fill(strBytes.begin() + 4096, strBytes.end(), '\xA5'); // all but the first page
+    Expect_Untouched(strBytes, 1009);
+}
+
+TEST_F(Registry_Store, Keeps_What_It_Has_On_A_Full_Disk)
+{
+    Elsewhere(
+        [this]
+        {
+            if (!mount_Disk(m_strFolder, 0))
+                return false;
+            EXPECT_EQ(0, write_Store(HKEY_CURRENT_USER));
+            HKEY key = nullptr;
+            EXPECT_EQ(0, RegCreateKeyExW(HKEY_CURRENT_USER, L"Software\\Full", 0, nullptr, 0, KEY_ALL_ACCESS,
+                                         nullptr, &key, nullptr));
+            LSTATUS nCode = 0;
+            for (wchar_t name[] = L"A"; nCode == 0 && name[0] < L'z'; ++name[0])
+                nCode = RegSetValueExW(key, name, 0, REG_BINARY, Make_Whole(200).data(), 20000);
+            EXPECT_EQ(112, nCode);
+            EXPECT_EQ(0, read_Store(HKEY_CURRENT_USER));
+            EXPECT_TRUE(Reads_Whole_Values(key));
+            EXPECT_EQ("ok", Query_Store(m_strFile, "PRAGMA integrity_check"));
+            return true;
+        });
+}
+
+TEST_F(Registry_Store, Tells_That_The_Disk_Is_For_Reading)
+{
+    Elsewhere(
+        [this]
+        {
+            if (!mount_Disk(m_strFolder, MS_RDONLY))
+                return false;
+            EXPECT_EQ(2, read_Store(HKEY_CURRENT_USER));
+            EXPECT_EQ(19, write_Store(HKEY_CURRENT_USER));
+            return true;
+        });
+}
+
+TEST_F(Registry_Store, Takes_Values_Up_To_64_MiB)
+{
+    Elsewhere(
+        []
+        {
+            HKEY key = nullptr;
+            EXPECT_EQ(0, RegCreateKeyExW(HKEY_CURRENT_USER, KEY_PATH, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                                         &key, nullptr));
+            std::vector<BYTE> data((64u << 20) + 1, 0x5A);
+            EXPECT_EQ(1450, RegSetValueExW(key, L"huge", 0, REG_BINARY, data.data(), (64u << 20) + 1));
+            EXPECT_EQ(0, RegSetValueExW(key, L"huge", 0, REG_BINARY, data.data(), 64u << 20));
+            std::fill(data.begin(), data.end(), BYTE{0});
+            DWORD nSize = static_cast<DWORD>(data.size());
+            EXPECT_EQ(0, RegQueryValueExW(key, L"huge", nullptr, nullptr, data.data(), &nSize));
+            EXPECT_EQ(64u << 20, nSize);
+            EXPECT_EQ(64 << 20, std::count(data.begin(), data.end(), 0x5A));
+            EXPECT_EQ(0, RegDeleteKeyValueW(key, nullptr, L"huge"));
+            RegCloseKey(key);
+            return true;
+        });
+}
+
+TEST_F(Registry_Store, Shows_Itself_Under_Other_Roots)
+{
+    Elsewhere(
+        []
+        {
+            const auto create = [](HKEY root, const wchar_t* path, const char* value)
+            {
+                HKEY key = nullptr;
+                const LSTATUS code =
+                    RegCreateKeyExW(root, path, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr);
+                if (code == 0)
+                    RegSetValueExW(key, L"v", 0, REG_BINARY, reinterpret_cast<const BYTE*>(value), 1);
+                return code == 0 ? RegCloseKey(key) : code;
+            };
+            const auto read = [](HKEY root, const wchar_t* path)
+            {
+                HKEY key = nullptr;
+                char value[2] = "-";
+                DWORD size = 1;
+                if (RegOpenKeyExW(root, path, 0, KEY_READ, &key) == 0)
+                    RegQueryValueExW(key, L"v", nullptr, nullptr, reinterpret_cast<BYTE*>(value), &size);
+                RegCloseKey(key);
+                return std::string(value);
+            };
+            EXPECT_EQ(0, create(HKEY_CURRENT_USER, L"Software\\Classes\\both", "u"));
+            EXPECT_EQ(0, create(HKEY_LOCAL_MACHINE, L"Software\\Classes\\both\\machine", "m"));
+            EXPECT_EQ(0, create(HKEY_LOCAL_MACHINE, L"Software\\Classes\\both", "m"));
+            EXPECT_EQ(0, create(HKEY_CURRENT_USER, L"Software\\Classes\\both\\user", "u"));
+            EXPECT_EQ("u", read(HKEY_CLASSES_ROOT, L"both"));
+            EXPECT_EQ("m", read(HKEY_CLASSES_ROOT, L"both\\machine"));
+            EXPECT_EQ("u", read(HKEY_CLASSES_ROOT, L"both\\user"));
+            HKEY key = nullptr;
+            EXPECT_EQ(0, RegOpenKeyExW(HKEY_CLASSES_ROOT, L"both", 0, KEY_READ, &key));
+            std::u16string strNames;
+            wchar_t name[20];
+            for (DWORD i = 0, nLength = 20;
+                 RegEnumKeyExW(key, i, name, &nLength, nullptr, nullptr, nullptr, nullptr) == 0;
+                 ++i, nLength = 20)
+                strNames.append(name, name + nLength) += u';';
+            EXPECT_EQ(u"machine;user;", strNames);
+            DWORD nLength = 20;
+            EXPECT_EQ(0, RegEnumValueW(key, 0, name, &nLength, nullptr, nullptr, nullptr, nullptr));
+            nLength = 20;
+            EXPECT_EQ(259, RegEnumValueW(key, 1, name, &nLength, nullptr, nullptr, nullptr, nullptr));
+            RegCloseKey(key);
+
+            nLength = 20;
+            EXPECT_EQ(0, RegEnumKeyExW(HKEY_USERS, 0, name, &nLength, nullptr, nullptr, nullptr, nullptr));
+            const std::u16string strSid(name, name + nLength);
+            std::u16string strPath = strSid + u"\\Software\\Made by SID";
+            std::vector<wchar_t> path(strPath.begin(), strPath.end());
+            path.push_back(0);
+            EXPECT_EQ(0, create(HKEY_USERS, path.data(), "s"));
+            EXPECT_EQ("s", read(HKEY_CURRENT_USER, L"Software\\Made by SID"));
+            EXPECT_EQ(5, create(HKEY_USERS, L"S-1-22-1-99999\\Software", "s"));
+            EXPECT_EQ(5, create(HKEY_USERS, L"other", "s"));
+
+            EXPECT_EQ(0, create(HKEY_CURRENT_CONFIG, L"c", "c"));
+            EXPECT_EQ("c",
+                      read(HKEY_LOCAL_MACHINE, L"SYSTEM\\CurrentControlSet\\Hardware Profiles\\Current\\C"));
+            return true;
+        });
+}
+
+TEST_F(Registry_Store, Fails_Without_Its_Provider)
+{
+    Elsewhere(
+        []
+        {
+            system_calls.open_module = [](const char*, int) -> void* { return nullptr; };
+            EXPECT_EQ(126, write_Store(HKEY_CURRENT_USER));
+            EXPECT_EQ(126, RegCloseKey(nullptr));
+            return true;
+        });
+}
+
+TEST_F(Registry_Store, Refuses_What_It_Does_Not_Have)
+{
+    Elsewhere(
+        []
+        {
+            HKEY key = nullptr;
+            const auto create = [&key](DWORD options, REGSAM access, LPSECURITY_ATTRIBUTES attributes)
+            {
+                return RegCreateKeyExW(HKEY_CURRENT_USER, L"Software\\x", 0, nullptr, options, access,
+                                       attributes, &key, nullptr);
+            };
+            EXPECT_EQ(50, create(REG_OPTION_VOLATILE, KEY_READ, nullptr));
+            EXPECT_EQ(50, create(REG_OPTION_CREATE_LINK, KEY_READ, nullptr));
+            EXPECT_EQ(87, create(0x40, KEY_READ, nullptr));
+            int descriptor = 0;
+            SECURITY_ATTRIBUTES Attributes{sizeof Attributes, &descriptor, FALSE};
+            EXPECT_EQ(50, create(0, KEY_READ, &Attributes));
+            EXPECT_EQ(87, RegOpenKeyExW(HKEY_CURRENT_USER, L"Software", 0, 0x40, &key));
+            EXPECT_EQ(87, RegOpenKeyExW(HKEY_CURRENT_USER, L"Software", 1, KEY_READ, &key));
+            EXPECT_EQ(87, RegOpenKeyExW(HKEY_CURRENT_USER, L"Software", 0, KEY_READ, nullptr));
+            EXPECT_EQ(2, RegOpenKeyExW(HKEY_CURRENT_USER, L"Software\\x", 0, KEY_READ, &key));
+            std::vector<wchar_t> deep;
+            for (int i = 0; i < 513; ++i)
+                deep.insert(deep.end(), {L'd', L'\\'});
+            deep.push_back(0);
+            EXPECT_EQ(206, RegCreateKeyExW(HKEY_CURRENT_USER, deep.data(), 0, nullptr, 0, KEY_READ, nullptr,
+                                           &key, nullptr));
+            const std::vector<wchar_t> long_name(256, L'k');
+            std::vector<wchar_t> ended = long_name;
+            ended.push_back(0);
+            EXPECT_EQ(87, RegCreateKeyExW(HKEY_CURRENT_USER, ended.data(), 0, nullptr, 0, KEY_READ, nullptr,
+                                          &key, nullptr));
+            EXPECT_EQ(0, RegOpenKeyExW(HKEY_CURRENT_USER, L"Software", 0, MAXIMUM_ALLOWED, &key));
+            EXPECT_EQ(0, RegSetValueExW(key, L"v", 0, REG_NONE, nullptr, 0));
+            RegCloseKey(key);
+            return true;
+        });
+}
