@@ -1,20 +1,16 @@
 #ifndef QNLIB_TESTS_ENVIRONMENT_SESSION_H
 #define QNLIB_TESTS_ENVIRONMENT_SESSION_H
 
-#include "handles.h"
+#include "client.h"
 
 /// While it lives, the calling thread works for a client of a session, whose token may be asked for it or
-/// not. Where making a token takes the privileges of the system, the thread stays in the session of its
-/// process.
+/// not.
 class Session
 {
 public:
-    explicit Session([[maybe_unused]] unsigned int nSession, [[maybe_unused]] DWORD dwGranted = TOKEN_QUERY)
+    explicit Session(unsigned int nSession, DWORD dwGranted = TOKEN_QUERY)
     {
-#if !defined(_WIN32)
-        const test_support::Owned token(Lib_Create_Session_Token(nSession, dwGranted));
-        EXPECT_TRUE(SetThreadToken(nullptr, token)) << GetLastError();
-#endif
+        EXPECT_TRUE(test_support::Impersonate_Client(nSession, dwGranted)) << GetLastError();
     }
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;

@@ -1,4 +1,4 @@
-#include "handles.h"
+#include "client.h"
 #include "other_thread.h"
 
 #include <sys/wait.h>
@@ -32,10 +32,7 @@ DWORD Session_Of(HANDLE thread)
 DWORD Own_Session() { return Session_Of(GetCurrentThread()); }
 
 /// Bears a token for a session and has no handle to it.
-void Bear(DWORD session, DWORD granted)
-{
-    EXPECT_TRUE(SetThreadToken(nullptr, Owned(Lib_Create_Session_Token(session, granted))));
-}
+void Bear(DWORD session, DWORD granted) { EXPECT_TRUE(Impersonate_Client(session, granted)); }
 
 bool Opens_Process_Token(DWORD access, HANDLE process = GetCurrentProcess())
 {
