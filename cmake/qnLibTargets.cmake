@@ -79,7 +79,7 @@ function(qnlib_client_interface target)
     qnlib_include_directories(${target})
     if(WIN32)
         # oleaut32 is there from the start: the stubs for a first use lose arguments that are doubles.
-        target_link_libraries(${target} PRIVATE user32 advapi32 ole32 oleaut32)
+        target_link_libraries(${target} PRIVATE user32 advapi32 shell32 ole32 oleaut32)
         qnlib_link_at_first_use(${target} crypt32)
     endif()
 endfunction()

@@ -18,6 +18,7 @@
 #include <aclapi.h>
 #include <dpapi.h>
 #include <objbase.h>
+#include <shlobj.h>
 #include <wincrypt.h>
 
 #include <locale.h>
@@ -34,6 +35,7 @@
 #endif
 
 #include "platform/crypt.h"
+#include "platform/folders.h"
 #include "platform/guid.h"
 #include "platform/kernel.h"
 #include "platform/memory.h"

@@ -1,8 +1,8 @@
 #ifndef QNLIB_TEST_OWN_HOME_H
 #define QNLIB_TEST_OWN_HOME_H
 
-// A registry of the test program's own: no test touches that of the user or of the machine. On Windows the
-// prefix of Wine is one already.
+// A registry and folders of the test program's own: no test touches those of the user or of the machine. On
+// Windows the prefix of Wine has its own already.
 
 #if defined(__linux__)
 
@@ -30,8 +30,11 @@ public:
         std::snprintf(m_Folder, sizeof m_Folder, "/dev/shm/test-of-registry-%d-%lx", getpid(), now.tv_nsec);
         char machine[sizeof m_Folder + 8];
         std::snprintf(machine, sizeof machine, "%s/machine", m_Folder);
+        char state[sizeof m_Folder + 8];
+        std::snprintf(state, sizeof state, "%s/state", m_Folder);
         setenv("QN_TEST_HOME", m_Folder, 1);
         setenv("XDG_DATA_HOME", m_Folder, 1);
+        setenv("XDG_STATE_HOME", state, 1);
         setenv("QNLIB_MACHINE_STORE", machine, 1);
     }
     Own_Home(const Own_Home&) = delete;

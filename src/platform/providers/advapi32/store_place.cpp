@@ -1,13 +1,11 @@
 #include "platform/providers/advapi32/store_place.h"
 
+#include "platform/files/user_folder.h"
 #include "platform/providers/advapi32/store_error.h"
 
 #include <cerrno>
-#include <cstdlib>
-#include <vector>
 
 #include <fcntl.h>
-#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -18,36 +16,6 @@ using namespace qn_platform;
 
 namespace
 {
-
-/// A folder that the environment names. Programs that run with more rights than their caller has do not ask
-/// it; a relative path counts as none.
-std::string get_Named_Folder(const char* variable)
-{
-    const char* const folder = secure_getenv(variable);
-    return folder != nullptr && *folder == '/' ? folder : "";
-}
-
-std::string get_Home()
-{
-    std::string home = get_Named_Folder("HOME");
-    if (!home.empty())
-        return home;
-    std::vector<char> texts(16384);
-    passwd record{};
-    passwd* found = nullptr;
-    const bool good = getpwuid_r(geteuid(), &record, texts.data(), texts.size(), &found) == 0 &&
-                      found != nullptr && *record.pw_dir == '/';
-    return good ? record.pw_dir : "";
-}
-
-std::string get_Data_Folder()
-{
-    const std::string named = get_Named_Folder("XDG_DATA_HOME");
-    if (!named.empty())
-        return named;
-    const std::string home = get_Home();
-    return home.empty() ? home : home + "/.local/share";
-}
 
 /// Makes a folder and those above it. A mode that others shall see is set against the process's mask.
 int make_Folder(const std::string& folder, mode_t mode)
@@ -78,13 +46,13 @@ Store_Place::Store_Place(const std::string& folder, mode_t folder_mode, mode_t f
 
 Store_Place Store_Place::User()
 {
-    const std::string data = get_Data_Folder();
+    const std::string data = Get_User_Folder("XDG_DATA_HOME", "/.local/share");
     return {data.empty() ? data : data + "/qnlib", 0700, 0600};
 }
 
 Store_Place Store_Place::Machine()
 {
-    const std::string named = get_Named_Folder("QNLIB_MACHINE_STORE");
+    const std::string named = Get_Named_Folder("QNLIB_MACHINE_STORE");
     return {named.empty() ? "/var/lib/qnlib" : named, 0755, 0644};
 }
 

@@ -1,0 +1,56 @@
+#ifndef QNLIB_SRC_PLATFORM_FILES_USER_FOLDER_H
+#define QNLIB_SRC_PLATFORM_FILES_USER_FOLDER_H
+
+// Folders of the user by the desktop's base-directory convention (XDG Base Directory Specification 0.8). In
+// the header alone, since the layer and a provider use it.
+
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include <pwd.h>
+#include <unistd.h>
+
+namespace qn_platform
+{
+
+/// A folder that the environment names. Programs that run with more rights than their caller has do not ask
+/// it; a relative path counts as none.
+inline std::string Get_Named_Folder(const char* variable)
+{
+    const char* const folder = secure_getenv(variable);
+    return folder != nullptr && *folder == '/' ? folder : "";
+}
+
+/// That of the environment, or else of the user database; empty if neither knows one.
+inline std::string Get_Home()
+{
+    std::string home = Get_Named_Folder("HOME");
+    if (!home.empty())
+    {
+        return home;
+    }
+    std::vector<char> texts(16384);
+    passwd record{};
+    passwd* found = nullptr;
+    const bool good = getpwuid_r(geteuid(), &record, texts.data(), texts.size(), &found) == 0 &&
+                      found != nullptr && *record.pw_dir == '/';
+    return good ? record.pw_dir : "";
+}
+
+/// The folder that the variable names, or the default place in the home ("/.local/share"); empty if there is
+/// no home.
+inline std::string Get_User_Folder(const char* variable, const char* below_home)
+{
+    const std::string named = Get_Named_Folder(variable);
+    if (!named.empty())
+    {
+        return named;
+    }
+    const std::string home = Get_Home();
+    return home.empty() ? home : home + below_home;
+}
+
+} // namespace qn_platform
+
+#endif
