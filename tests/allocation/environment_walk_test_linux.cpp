@@ -4,7 +4,6 @@
 #include "lib_platform.h"
 
 #include <memory>
-#include <new>
 #include <thread>
 #include <vector>
 
@@ -49,16 +48,7 @@ bool take_Last(Lib_Environment* pEnvironment, long long)
 template <class Call>
 bool throws(const Call& call)
 {
-    try
-    {
-        const Failing_Allocation failure(1);
-        call();
-        return false;
-    }
-    catch (const std::bad_alloc&)
-    {
-        return true;
-    }
+    return Call_Failing(1, call).m_bThrown;
 }
 
 TEST(Environment_Allocation, A_Walk_Without_Memory_Changes_Nothing_And_Stays_Unlocked)

@@ -2,8 +2,6 @@
 #include "lib_strings.h"
 #include "test_text.h"
 
-#include <new>
-
 using namespace test_support;
 
 // 600 units, for which the string has to grow twice.
@@ -17,18 +15,10 @@ TEST(Load_String_Allocation, Leaves_The_Old_Text_Or_None)
     const auto load = [](unsigned int nNth)
     {
         Lib_String strText(L"before");
-        const Failing_Allocation failure(nNth);
-        try
-        {
-            EXPECT_EQ(1, strText.Load_String(600, nullptr));
-            EXPECT_EQ(600U, strText.Get_Length());
-        }
-        catch (const std::bad_alloc&)
-        {
-            EXPECT_TEXT_EQ(nNth == 1 ? L"before" : L"", strText);
-            EXPECT_EQ(0, strText.Get_At(strText.Get_Length())) << "the text ends where its length says";
-        }
-        return failure.Has_Failed();
+        const Outcome outcome = Call_Failing(nNth, [&] { strText.Load_String(600, nullptr); });
+        EXPECT_EQ(!outcome.m_bThrown ? 600U : nNth == 1 ? 6U : 0U, strText.Get_Length());
+        EXPECT_EQ(0, strText.Get_At(strText.Get_Length())) << "the text ends where its length says";
+        return outcome.m_bFailed;
     };
     EXPECT_EQ(2U, Fail_Each_Allocation_Without_Loss(load));
 }

@@ -1,9 +1,6 @@
 #include "failing_allocator.h"
 #include "lib_foundation.h"
-#include "lib_kernel.h"
 #include "lib_platform.h"
-
-#include <new>
 
 using namespace test_support;
 
@@ -11,19 +8,11 @@ TEST(Modules_Allocation, A_Load_Fails_Whole)
 {
     const auto load = [](unsigned int nNth)
     {
-        const Failing_Allocation failure(nNth);
-        const HMODULE hModule = LoadLibraryW(L"qn_test_module");
-        if (failure.Has_Failed())
-        {
-            EXPECT_EQ(nullptr, hModule);
-            EXPECT_EQ(8U, GetLastError());
-        }
-        else
-        {
-            EXPECT_NE(nullptr, hModule);
-            FreeLibrary(hModule);
-        }
-        return failure.Has_Failed();
+        HMODULE hModule = nullptr;
+        const bool bFailed = Call_Failing(nNth, [&] { hModule = LoadLibraryW(L"qn_test_module"); }).m_bFailed;
+        EXPECT_EQ(bFailed, hModule == nullptr);
+        EXPECT_TRUE(bFailed ? GetLastError() == 8 : FreeLibrary(hModule));
+        return bFailed;
     };
     EXPECT_LT(0U, Fail_Each_Allocation_Without_Loss(load));
     EXPECT_EQ(nullptr, GetModuleHandleW(L"qn_test_module"));
@@ -35,15 +24,21 @@ TEST(Modules_Allocation, A_Message_Fails_Whole)
     const auto format = [&](unsigned int nNth)
     {
         wchar_t text[20] = L"before";
-        const Failing_Allocation failure(nNth);
         SetLastError(0);
-        const DWORD nLength =
-            FormatMessageW(FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_ARGUMENT_ARRAY, L"seven is %1!d!", 0,
-                           0, text, 20, reinterpret_cast<std::va_list*>(values));
-        EXPECT_EQ(failure.Has_Failed() ? 0U : 10U, nLength);
-        EXPECT_EQ(failure.Has_Failed() ? 8U : 0U, GetLastError());
-        EXPECT_EQ(failure.Has_Failed() ? L'b' : L's', text[0]);
-        return failure.Has_Failed();
+        DWORD nLength = 0;
+        const bool bFailed =
+            Call_Failing(nNth,
+                         [&]
+                         {
+                             nLength = FormatMessageW(
+                                 FORMAT_MESSAGE_FROM_STRING | FORMAT_MESSAGE_ARGUMENT_ARRAY,
+                                 L"seven is %1!d!", 0, 0, text, 20, reinterpret_cast<std::va_list*>(values));
+                         })
+                .m_bFailed;
+        EXPECT_EQ(bFailed ? 0U : 10U, nLength);
+        EXPECT_EQ(bFailed ? L'b' : L's', text[0]);
+        EXPECT_TRUE(!bFailed || GetLastError() == 8);
+        return bFailed;
     };
     EXPECT_LT(0U, Fail_Each_Allocation_Without_Loss(format));
 }
@@ -53,17 +48,11 @@ TEST(Modules_Allocation, A_Result_Loses_No_Text)
     const auto tell = [](unsigned int nNth)
     {
         const Lib_Result result(1, 2);
-        const Failing_Allocation failure(nNth);
-        try
-        {
-            const Lib_String text = result.Get_Result_Text(0x409);
-            EXPECT_TRUE(failure.Has_Failed() || text.Get_Length() == 22);
-        }
-        catch (const std::bad_alloc&)
-        {
-            EXPECT_TRUE(failure.Has_Failed());
-        }
-        return failure.Has_Failed();
+        unsigned long long nLength = 0;
+        const Outcome outcome =
+            Call_Failing(nNth, [&] { nLength = result.Get_Result_Text(0x409).Get_Length(); });
+        EXPECT_TRUE(outcome.m_bFailed || nLength == 22);
+        return outcome.m_bFailed;
     };
     EXPECT_LT(2U, Fail_Each_Allocation_Without_Loss(tell));
     EXPECT_EQ(nullptr, GetModuleHandleW(L"qnErr"));

@@ -29,9 +29,6 @@ long long Note(unsigned int, unsigned long long, long long nContext)
 /// a loss in each round would come to.
 constexpr long long LASTING = 8192;
 
-constexpr unsigned int NONE = 10000; ///< the number of an allocation that nobody comes to
-constexpr unsigned int PATIENCE = 10000;
-
 /// Threads give back what they had shortly after one could wait for them.
 bool Are_There_Again(long long nBytes)
 {
@@ -49,27 +46,24 @@ TEST(Monitor_Thread_Allocation, Starts_And_Stops_Or_Is_Left_As_It_Was)
     Lib_Event evStop;
     const auto start_And_Stop = [&](unsigned int nNth)
     {
-        bool bFailed = false;
         Lib_Result result;
         Lib_Monitor_Thread monitor;
         EXPECT_TRUE(monitor.Init(nullptr, Work, nullptr, nullptr, nullptr, &evStop, &evStop, result, 0));
+        const auto use = [&]
         {
-            const Failing_Allocation failure(nNth);
             const bool bStarted = monitor.Start(result);
             EXPECT_EQ(bStarted, monitor.Is_Active());
             EXPECT_TRUE(bStarted || result.Get_Result_Code() != 0);
             EXPECT_TRUE(monitor.Stop(result) || bStarted);
-            bFailed = failure.Has_Failed();
-        }
+        };
+        const bool bFailed = Call_Failing(nNth, use).m_bFailed;
         EXPECT_FALSE(monitor.Is_Active());
         EXPECT_TRUE(monitor.Start(result));
-        EXPECT_TRUE(monitor.Is_Active());
         return bFailed;
     };
     EXPECT_LT(0U, Fail_Each_Allocation(start_And_Stop));
     const long long nBefore = Outstanding_Bytes();
-    constexpr unsigned int ROUNDS = 500;
-    for (unsigned int i = 0; i < ROUNDS; ++i)
+    for (unsigned int i = 0; i < 500; ++i)
     {
         start_And_Stop(1 + i % 5);
     }
@@ -92,7 +86,8 @@ TEST(Monitor_Thread_Allocation, A_Failure_That_Cannot_Be_Told_Is_Not)
         monitor.Free(result);
         return bTold;
     };
-    EXPECT_TRUE(is_Told(NONE, PATIENCE));
+    constexpr unsigned int NONE = 10000; // the number of an allocation that nobody comes to
+    EXPECT_TRUE(is_Told(NONE, 10000));
     const long long nBefore = Outstanding_Bytes();
     unsigned int nUntold = 0;
     for (unsigned int nNth = 1; nNth <= 12; ++nNth)
@@ -101,6 +96,6 @@ TEST(Monitor_Thread_Allocation, A_Failure_That_Cannot_Be_Told_Is_Not)
     }
     EXPECT_LE(1U, nUntold) << "runs that began and failed";
     evNoted.Reset();
-    EXPECT_TRUE(is_Told(NONE, PATIENCE));
+    EXPECT_TRUE(is_Told(NONE, 10000));
     EXPECT_TRUE(Are_There_Again(nBefore + LASTING)) << Outstanding_Bytes() - nBefore << " bytes are lost";
 }

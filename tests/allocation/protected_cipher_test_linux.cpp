@@ -1,30 +1,14 @@
-#include "byte_text.h"
 #include "lib_platform.h"
-#include "lib_protected.h"
 #include "platform/crypt/cipher_calls.h"
+#include "protected_probe.h"
 #include "test_text.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
 
 // A cipher that refuses: never is a plain image left, and never is what was not deciphered taken for content.
 
-using test_support::To_Buffer;
-using test_support::To_Text;
+using namespace test_support;
 
 namespace
 {
-
-class Open_Buffer : public Lib_Protected_Buffer
-{
-public:
-    using Lib_Protected_Buffer::Lib_Protected_Buffer;
-    using Lib_Protected_Buffer::m_Image;
-    using Lib_Protected_Buffer::operator=;
-    using Lib_Protected_Buffer::st_Decipher_Data;
-    using Lib_Protected_Buffer::st_Encipher_Data;
-};
 
 BOOL Refuse(LPVOID, DWORD, DWORD)
 {
@@ -45,9 +29,6 @@ class Refused_Cipher : public testing::TestWithParam<BOOL (*)(LPVOID, DWORD, DWO
 protected:
     void TearDown() override { cipher_calls = m_Saved; }
 
-    void Refuse_To_Encipher() { cipher_calls.protect = GetParam(); }
-    void Refuse_To_Decipher() { cipher_calls.unprotect = GetParam(); }
-
     Cipher_Calls m_Saved = cipher_calls;
     Open_Buffer m_Buffer{To_Buffer("before")};
 };
@@ -62,7 +43,7 @@ TEST_P(Refused_Cipher, Leaves_No_Image)
     {
         cipher_calls = m_Saved;
         m_Buffer = To_Buffer("before");
-        Refuse_To_Encipher();
+        cipher_calls.protect = GetParam();
         change();
         EXPECT_EQ(nullptr, m_Buffer.m_Image.Get_Ptr());
         EXPECT_EQ(0u, m_Buffer.m_Image.Get_Size());
@@ -81,7 +62,7 @@ TEST_P(Refused_Cipher, Gives_No_Content)
 {
     const Lib_Protected_String pin(L"3441");
     const Lib_Buffer image = m_Buffer.m_Image;
-    Refuse_To_Decipher();
+    cipher_calls.unprotect = GetParam();
     EXPECT_EQ("", To_Text(m_Buffer));
     EXPECT_FALSE(m_Buffer.Is_Equals(nullptr, 0) || m_Buffer == To_Buffer("before") ||
                  m_Buffer < To_Buffer("x"));

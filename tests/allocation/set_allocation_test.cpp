@@ -1,16 +1,11 @@
 #include "failing_allocator.h"
 #include "lib_foundation.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cstddef>
-#include <new>
 #include <stdexcept>
 
-using test_support::Fail_Each_Allocation_Without_Loss;
-using test_support::Failing_Allocation;
-using test_support::Outstanding_Bytes;
+using namespace test_support;
 
 namespace
 {
@@ -42,21 +37,6 @@ private:
 
 } // namespace
 
-TEST(Set_Allocation, Takes_A_Node_And_Its_Value_And_Gives_Both_Back)
-{
-    const long long nBefore = Outstanding_Bytes();
-    Set set;
-    set.Insert(1);
-    EXPECT_EQ(nBefore + 32, Outstanding_Bytes());
-    set.Insert(1);
-    EXPECT_EQ(nBefore + 32, Outstanding_Bytes()) << "an equal element takes nothing";
-    set.Remove(1);
-    EXPECT_EQ(nBefore, Outstanding_Bytes());
-    Fill(set);
-    set.Clear();
-    EXPECT_EQ(nBefore, Outstanding_Bytes());
-}
-
 TEST(Set_Allocation, Leaves_The_Set_As_It_Was_When_Memory_Is_Out)
 {
     const unsigned int nFailed = Fail_Each_Allocation_Without_Loss(
@@ -65,19 +45,14 @@ TEST(Set_Allocation, Leaves_The_Set_As_It_Was_When_Memory_Is_Out)
             Set set;
             Fill(set);
             const long long nBefore = Outstanding_Bytes();
-            const Failing_Allocation failure(nNth);
-            try
-            {
-                set.Insert(45);
-            }
-            catch (const std::bad_alloc&)
-            {
-                EXPECT_EQ(nBefore, Outstanding_Bytes());
-                EXPECT_EQ(9U, set.Get_Num_Elements());
-            }
-            return failure.Has_Failed();
+            const Outcome outcome = Call_Failing(nNth, [&] { set.Insert(45); });
+            EXPECT_EQ(outcome.m_bFailed, outcome.m_bThrown);
+            EXPECT_EQ(outcome.m_bFailed ? 9U : 10U, set.Get_Num_Elements());
+            set.Remove(45);
+            EXPECT_EQ(nBefore, Outstanding_Bytes());
+            return outcome.m_bFailed;
         });
-    EXPECT_EQ(2U, nFailed);
+    EXPECT_EQ(2U, nFailed) << "a node and its value";
 
     LibT_Set<Refusing_Copies> refusing;
     const long long nBefore = Outstanding_Bytes();
@@ -127,27 +102,20 @@ TEST(Set_Allocation, Skips_Nothing_On_A_Walk_Whose_Memory_Fails)
 
 TEST(Array_Allocation, Keeps_Its_Elements_When_Memory_Is_Out)
 {
-    const unsigned int nFailed = Fail_Each_Allocation_Without_Loss(
-        [](unsigned int nNth)
-        {
-            LibT_Array<int, 2> array;
-            LibT_Array<int, 2> copy;
-            int nAdded = 0;
-            const Failing_Allocation failure(nNth);
-            try
-            {
-                for (; nAdded < 5; ++nAdded)
-                    array.Add(nAdded);
-                copy = array;
-            }
-            catch (const std::bad_alloc&)
-            {
-                EXPECT_EQ(static_cast<unsigned long long>(nAdded), array.Get_Num_Elements());
-                EXPECT_EQ(0U, copy.Get_Num_Elements());
-            }
-            for (int i = 0; i < nAdded; ++i)
-                EXPECT_EQ(i, array[static_cast<unsigned long long>(i)]);
-            return failure.Has_Failed();
-        });
-    EXPECT_EQ(4U, nFailed);
+    const auto add = [](unsigned int nNth)
+    {
+        LibT_Array<int, 2> array;
+        int nAdded = 0;
+        const Outcome outcome = Call_Failing(nNth,
+                                             [&]
+                                             {
+                                                 for (; nAdded < 5; ++nAdded)
+                                                     array.Add(nAdded);
+                                             });
+        EXPECT_EQ(static_cast<unsigned long long>(nAdded), array.Get_Num_Elements());
+        for (int i = 0; i < nAdded; ++i)
+            EXPECT_EQ(i, array[static_cast<unsigned long long>(i)]);
+        return outcome.m_bFailed;
+    };
+    EXPECT_EQ(3U, Fail_Each_Allocation_Without_Loss(add));
 }

@@ -3,7 +3,6 @@
 #include "test_text.h"
 
 #include <memory>
-#include <new>
 
 using namespace test_support;
 
@@ -31,25 +30,21 @@ protected:
     void expect_Untouched(const Call& call)
     {
         call(*std::make_unique<Lib_Event>()); // what the platform keeps for later is made
-        EXPECT_LT(0u, Fail_Each_Allocation_Without_Loss(
-                          [&](unsigned int nNth)
-                          {
-                              Lib_Event event(m_Event);
-                              void* const hEvent = event;
-                              Failing_Allocation failure(nNth);
-                              try
-                              {
-                                  call(event);
-                                  EXPECT_TRUE(!failure.Has_Failed() || event.operator void*() == nullptr);
-                              }
-                              catch (const std::bad_alloc&)
-                              {
-                                  EXPECT_TEXT_EQ(m_Event.Get_Name(), event.Get_Name());
-                                  EXPECT_EQ(hEvent, event.operator void*());
-                                  EXPECT_TRUE(event.Set());
-                              }
-                              return failure.Has_Failed();
-                          }));
+        const auto road = [&](unsigned int nNth)
+        {
+            Lib_Event event(m_Event);
+            void* const hEvent = event;
+            const Outcome outcome = Call_Failing(nNth, [&] { call(event); });
+            if (outcome.m_bThrown)
+            {
+                EXPECT_TEXT_EQ(m_Event.Get_Name(), event.Get_Name());
+                EXPECT_EQ(hEvent, event.operator void*());
+                EXPECT_TRUE(event.Set());
+            }
+            EXPECT_TRUE(outcome.m_bThrown || !outcome.m_bFailed || event.operator void*() == nullptr);
+            return outcome.m_bFailed;
+        };
+        EXPECT_LT(0u, Fail_Each_Allocation_Without_Loss(road));
     }
 
     Lib_Event m_Event;
@@ -67,26 +62,15 @@ TEST_F(Synchro_Allocation, A_Name_That_Cannot_Be_Taken_Changes_Nothing)
 TEST_F(Synchro_Allocation, No_Handle_Is_Lost)
 {
     const Lib_String strName = m_Event.Get_Name();
-    const unsigned int nFailures = Fail_Each_Allocation(
-        [&](unsigned int nNth)
-        {
-            EXPECT_TRUE(m_Event.Create(nullptr, true, false, strName));
-            bool bFailed = false;
-            try
-            {
-                const Failing_Allocation failure(nNth);
-                const Lib_Event duplicate(m_Event, NEW_NAME);
-                EXPECT_TRUE(duplicate.Set());
-            }
-            catch (const std::bad_alloc&)
-            {
-                bFailed = true;
-            }
-            m_Event.Close();
-            EXPECT_FALSE(exists(strName)) << "the duplicate stayed open";
-            return bFailed;
-        });
-    EXPECT_EQ(1u, nFailures);
+    const auto duplicate = [&](unsigned int nNth)
+    {
+        EXPECT_TRUE(m_Event.Create(nullptr, true, false, strName));
+        const Outcome outcome = Call_Failing(nNth, [&] { EXPECT_TRUE(Lib_Event(m_Event, NEW_NAME).Set()); });
+        m_Event.Close();
+        EXPECT_FALSE(exists(strName)) << "the duplicate stayed open";
+        return outcome.m_bThrown;
+    };
+    EXPECT_EQ(1u, Fail_Each_Allocation(duplicate));
 }
 
 TEST_F(Synchro_Allocation, A_Unique_Name_That_Cannot_Be_Made_Leaves_An_Empty_Object)
@@ -98,23 +82,15 @@ TEST_F(Synchro_Allocation, A_Unique_Name_That_Cannot_Be_Made_Leaves_An_Empty_Obj
         const Lib_Locker_With_Counter counter;
     };
     make(*std::make_unique<Lib_Mutex>());
-    const unsigned int nFailures = Fail_Each_Allocation_Without_Loss(
-        [&](unsigned int nNth)
-        {
-            Lib_Mutex mutex;
-            EXPECT_TRUE(mutex.Create(nullptr, false, NEW_NAME));
-            Failing_Allocation failure(nNth);
-            try
-            {
-                make(mutex);
-            }
-            catch (const std::bad_alloc&)
-            {
-                EXPECT_FALSE(exists(NEW_NAME));
-            }
-            return failure.Has_Failed();
-        });
-    EXPECT_LT(5u, nFailures) << "a few for each of the three names";
+    const auto road = [&](unsigned int nNth)
+    {
+        Lib_Mutex mutex;
+        EXPECT_TRUE(mutex.Create(nullptr, false, NEW_NAME));
+        const Outcome outcome = Call_Failing(nNth, [&] { make(mutex); });
+        EXPECT_FALSE(outcome.m_bThrown && exists(NEW_NAME));
+        return outcome.m_bFailed;
+    };
+    EXPECT_LT(5u, Fail_Each_Allocation_Without_Loss(road)) << "a few for each of the three names";
 }
 
 TEST_F(Synchro_Allocation, A_Wait_For_Several_Answers_That_Memory_Is_Short)
@@ -122,20 +98,10 @@ TEST_F(Synchro_Allocation, A_Wait_For_Several_Answers_That_Memory_Is_Short)
     LibT_Array<Lib_Synchro*, 4> objects;
     objects.Add(&m_Event);
     EXPECT_TRUE(m_Event.Set());
-    EXPECT_EQ(1u, Fail_Each_Allocation_Without_Loss(
-                      [&](unsigned int nNth)
-                      {
-                          const Failing_Allocation failure(nNth);
-                          const unsigned long dwWait = Lib_Synchro::Wait_Multiple(&objects, true, 0);
-                          if (failure.Has_Failed())
-                          {
-                              EXPECT_EQ(DWORD{ERROR_NOT_ENOUGH_MEMORY}, GetLastError());
-                              EXPECT_EQ(0xFFFFFFFFul, dwWait);
-                          }
-                          else
-                              EXPECT_EQ(0ul, dwWait);
-                          return failure.Has_Failed();
-                      }));
+    unsigned long dwWait = 0;
+    EXPECT_TRUE(Call_Failing(1, [&] { dwWait = Lib_Synchro::Wait_Multiple(&objects, true, 0); }).m_bFailed);
+    EXPECT_EQ(DWORD{ERROR_NOT_ENOUGH_MEMORY}, GetLastError());
+    EXPECT_EQ(0xFFFFFFFFul, dwWait);
 }
 
 } // namespace

@@ -4,17 +4,11 @@
 
 #include <algorithm>
 #include <cstring>
-
-TEST(Alloc, Gives_Nothing_For_No_Bytes)
-{
-    EXPECT_EQ(nullptr, Lib_Alloc(true, 0));
-    EXPECT_EQ(nullptr, Lib_Alloc(false, 0));
-    Lib_Free(nullptr);
-}
+#include <new>
 
 TEST(Alloc, Zeroes_Recycled_Memory)
 {
-    for (unsigned long long nSize : {1ULL, 24ULL, 4096ULL, 100000ULL})
+    for (unsigned long long nSize : {1ULL, 24ULL, 100000ULL})
     {
         void* pDirty = Lib_Alloc(false, nSize);
         ASSERT_NE(nullptr, pDirty);
@@ -28,13 +22,21 @@ TEST(Alloc, Zeroes_Recycled_Memory)
     }
 }
 
-TEST(Alloc, Answers_Null_For_More_Than_Can_Be_Had)
+TEST(Alloc, Answers_Null_For_No_Bytes_And_For_More_Than_Can_Be_Had)
 {
-    for (unsigned long long nSize : {~0ULL, ~0ULL - 64, 1ULL << 63, 1ULL << 60})
+    for (unsigned long long nSize : {0ULL, ~0ULL, ~0ULL - 64, 1ULL << 60})
     {
         EXPECT_EQ(nullptr, Lib_Alloc(true, nSize));
         EXPECT_EQ(nullptr, Lib_Alloc(false, nSize));
     }
 }
 
-TEST(Alloc, Knows_The_System_As_64_Bit) { EXPECT_TRUE(Lib_Is_x64_OS()); }
+TEST(Alloc, Of_A_Container_Takes_Any_Size_And_Throws)
+{
+    void* pEmpty = Lib_Container::Alloc_Buffer(0);
+    EXPECT_NE(nullptr, pEmpty);
+    Lib_Container::Free_Buffer(pEmpty);
+    Lib_Container::Free_Buffer(nullptr);
+    EXPECT_THROW(Lib_Container::Alloc_Buffer(1ULL << 60), std::bad_alloc);
+    EXPECT_THROW(Lib_Container::Alloc_Buffer(~0ULL), std::bad_array_new_length);
+}

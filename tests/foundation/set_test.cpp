@@ -57,48 +57,30 @@ public:
 
 } // namespace
 
-TEST(Set, Is_Empty_At_First)
-{
-    const Set set;
-    EXPECT_EQ(0U, set.Get_Num_Elements());
-    EXPECT_EQ(Values(), Walk(set));
-    Set::Iterator iterator;
-    EXPECT_TRUE(iterator.Is_End());
-    EXPECT_FALSE(iterator.Next());
-}
-
 TEST(Set, Hangs_Elements_In_The_Order_Of_Their_Arrival)
 {
     Set set;
+    EXPECT_EQ(Values(), Walk(set));
     for (const int n : {5, 3, 8, 1, 4, 3, 5})
         set.Insert(n);
     EXPECT_EQ((Values{5, 3, 1, 4, 8}), Walk(set));
-    EXPECT_EQ(5U, set.Get_Num_Elements());
-
     const Lib_Container& container = set;
     EXPECT_EQ(5U, container.Get_Num_Elements());
     set.Clear();
     EXPECT_EQ(0U, container.Get_Num_Elements());
-    set.Insert(2);
-    EXPECT_EQ(Values{2}, Walk(set));
 }
 
 TEST(Set, Puts_The_Greater_Child_In_The_Place_Of_A_Root_Or_Greater_Child)
 {
     EXPECT_EQ((Values{8, 7, 3, 1, 4, 9}), Walk_Without({5, 3, 8, 1, 4, 7, 9}, 5));
-    EXPECT_EQ((Values{3, 1, 4}), Walk_Without({5, 3, 1, 4}, 5)) << "no greater child";
-    EXPECT_EQ(Values(), Walk_Without({5}, 5));
     EXPECT_EQ((Values{10, 20, 18, 12}), Walk_Without({10, 15, 20, 12, 18}, 15));
     EXPECT_EQ((Values{10, 12, 11}), Walk_Without({10, 15, 12, 11}, 15)) << "no greater child";
-    EXPECT_EQ(Values{10}, Walk_Without({10, 15}, 15));
 }
 
 TEST(Set, Puts_The_Lesser_Child_In_The_Place_Of_A_Lesser_Child)
 {
     EXPECT_EQ((Values{10, 3, 4, 7, 6}), Walk_Without({10, 5, 3, 4, 7, 6}, 5));
     EXPECT_EQ((Values{10, 7, 6}), Walk_Without({10, 5, 7, 6}, 5)) << "no lesser child";
-    EXPECT_EQ(Values{10}, Walk_Without({10, 5}, 5));
-    EXPECT_EQ((Values{10, 5}), Walk_Without({10, 5}, 7)) << "it is not there";
 }
 
 TEST(Set, Removes_By_A_Reference_Into_Itself)
@@ -168,11 +150,11 @@ TEST(Set_Iterator, Starts_Again_And_Stops)
     for (const int n : {5, 3, 8, 1, 4})
         set.Insert(n);
     Set::Iterator iterator;
+    EXPECT_FALSE(iterator.Next());
     iterator.Start(set);
     EXPECT_TRUE(iterator.Next());
     EXPECT_TRUE(iterator.Next());
     EXPECT_EQ(2U, iterator.m_nPending) << "8 and 4 wait";
-    EXPECT_EQ(2U, iterator.m_Pending.Get_Num_Elements());
     EXPECT_EQ(4, *iterator.m_Pending[1]->m_pValue);
 
     iterator.Stop();
@@ -183,30 +165,21 @@ TEST(Set_Iterator, Starts_Again_And_Stops)
     iterator.Start(set);
     EXPECT_EQ(5, *iterator.m_pNode->m_pValue);
     EXPECT_EQ(0U, iterator.m_Pending.Get_Size());
-    EXPECT_TRUE(iterator.Next());
-    iterator.Clear();
-    EXPECT_TRUE(iterator.Is_End());
-    EXPECT_EQ(0U, iterator.m_Pending.Get_Size());
 }
 
 TEST(Array, Grows_And_Copies)
 {
     LibT_Array<int, 4> array;
-    EXPECT_EQ(0U, array.Get_Num_Elements());
     for (int i = 0; i < 20; ++i)
         array.Add(i);
     LibT_Array<int, 4> copy(array);
     array[19] = -1;
-    const LibT_Array<int, 4>& same = array;
-    array = same;
-    const Lib_Container& container = array;
-    EXPECT_EQ(20U, container.Get_Num_Elements());
-    EXPECT_EQ(-1, same[19]);
     copy.Add(20);
     for (int i = 0; i <= 20; ++i)
         ASSERT_EQ(i, copy[static_cast<unsigned long long>(i)]);
+    const Lib_Container& container = copy;
+    EXPECT_EQ(21U, container.Get_Num_Elements());
     array.Clear();
-    EXPECT_EQ(0U, array.Get_Num_Elements());
     copy = array;
-    EXPECT_EQ(0U, copy.Get_Num_Elements());
+    EXPECT_EQ(0U, container.Get_Num_Elements());
 }

@@ -51,11 +51,5 @@ TEST(Trace, Accepts_Every_Form_And_Does_Nothing)
     EXPECT_TRUE(result == Lib_Result(5, 1));
     EXPECT_EQ(3, nValue);
     EXPECT_TRUE(bValue);
-}
-
-TEST(Trace, Names_No_Module)
-{
-    EXPECT_TEXT_EQ(L"", libtGet_Module_Name_With_Extension(nullptr));
-    EXPECT_TEXT_EQ(L"", libtGet_Module_Name_With_Extension(GetModuleHandleW(nullptr)));
     EXPECT_TEXT_EQ(L"", libtGet_Module_Name_With_Extension(reinterpret_cast<HINSTANCE>(8)));
 }

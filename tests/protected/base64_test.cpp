@@ -3,14 +3,9 @@
 #include "lib_protected.h"
 #include "test_text.h"
 
-#include <gtest/gtest.h>
-
 #include <random>
-#include <string>
-#include <vector>
 
-using test_support::To_Buffer;
-using test_support::To_Text;
+using namespace test_support;
 
 namespace
 {
@@ -46,10 +41,8 @@ std::string With_Nul(std::string text) { return text + '\0'; }
 
 TEST(Base64, Has_The_Known_Texts)
 {
-    const std::pair<const char*, const char*> vectors[] = {{"f", "Zg=="},         {"fo", "Zm8="},
-                                                           {"foo", "Zm9v"},       {"foob", "Zm9vYg=="},
-                                                           {"fooba", "Zm9vYmE="}, {"foobar", "Zm9vYmFy"}};
-    for (const auto& [pBytes, pText] : vectors)
+    for (const auto& [pBytes, pText] :
+         {std::pair("f", "Zg=="), std::pair("fo", "Zm8="), std::pair("foobar", "Zm9vYmFy")})
     {
         EXPECT_EQ(With_Nul(pText), Encoded(pBytes, PLAIN));
         EXPECT_EQ(pBytes, Decoded(pText, CRYPT_STRING_BASE64));
@@ -65,7 +58,7 @@ TEST(Base64, Breaks_Lines_After_64_Characters)
     EXPECT_EQ(With_Nul("-----BEGIN CERTIFICATE-----\n" + line + "\n-----END CERTIFICATE-----\n"),
               Encoded(std::string(48, '\0'), CRYPT_STRING_BASE64HEADER | CRYPT_STRING_NOCR));
     EXPECT_EQ(With_Nul(line + line + "AA=="), Encoded(std::string(97, '\0'), PLAIN));
-    if (test_support::Windows_Target)
+    if (Windows_Target)
         GTEST_SKIP() << "Wine leaves out the break before a short last line.";
     EXPECT_EQ(With_Nul(line + "\r\nAA==\r\n"), Encoded(std::string(49, '\0'), CRYPT_STRING_BASE64));
 }
@@ -98,27 +91,24 @@ TEST(Base64, Gives_Back_What_Was_Encoded_In_Each_Form)
 TEST(Base64, Takes_Pointers_And_Buffers_Alike)
 {
     Lib_Buffer output(1000);
-    const std::string bytes("any bytes");
-    ASSERT_TRUE(
-        base64_encode(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), output, PLAIN));
-    EXPECT_EQ(With_Nul("YW55IGJ5dGVz"), To_Text(output)) << "exactly as long as the text and its NUL";
-
-    output.Set_Size(output.Get_Size() - 1);
+    const unsigned char bytes[] = {'a', 'n', 'y'};
+    ASSERT_TRUE(base64_encode(bytes, 3, output, PLAIN));
+    EXPECT_EQ(With_Nul("YW55"), To_Text(output)) << "exactly as long as the text and its NUL";
+    output.Set_Size(4);
     ASSERT_TRUE(base64_decode(output, output, CRYPT_STRING_BASE64)) << "into itself";
-    EXPECT_EQ(bytes, To_Text(output));
+    EXPECT_EQ("any", To_Text(output));
     ASSERT_TRUE(base64_encode(output, output, PLAIN));
-    EXPECT_EQ(With_Nul("YW55IGJ5dGVz"), To_Text(output));
+    EXPECT_EQ(With_Nul("YW55"), To_Text(output));
 }
 
 TEST(Base64, Leaves_The_Output_When_The_Platform_Refuses)
 {
-    for (const char* pText : {"Zm9*", "Z=g=", "Zg=", "\xE9", "Zm9vYmFy!"})
+    for (const char* pText : {"", "Z=g=", "Zg=", "\xE9", "Zm9vYmFy!"})
         Expect_Refused(pText, CRYPT_STRING_BASE64);
     Expect_Refused(With_Nul("Zm9v"), CRYPT_STRING_BASE64);
     Expect_Refused("Zm9v", CRYPT_STRING_BASE64HEADER);
     Expect_Refused("-----BEGIN X-----\r\nZm9v\r\n", CRYPT_STRING_BASE64HEADER);
     Expect_Refused("Zm9v", 0x77);
-    Expect_Refused("", CRYPT_STRING_BASE64);
 
     Lib_Buffer output = To_Buffer("old content");
     EXPECT_FALSE(base64_encode(Lib_Buffer(), output, PLAIN));

@@ -4,17 +4,9 @@
 
 #include <memory>
 #include <random>
-#include <string>
-#include <vector>
 
 namespace
 {
-
-unsigned long Checksum(std::string text)
-{
-    return Lib_Cacl_CRC32(reinterpret_cast<unsigned char*>(text.data()),
-                          static_cast<unsigned long>(text.size()));
-}
 
 /// Bit by bit, as the polynomial says.
 unsigned int Model(const unsigned char* pData, std::size_t nSize)
@@ -31,17 +23,11 @@ unsigned int Model(const unsigned char* pData, std::size_t nSize)
 
 } // namespace
 
-TEST(Checksum, Has_The_Known_Values)
-{
-    EXPECT_EQ(0u, Lib_Cacl_CRC32(nullptr, 0));
-    EXPECT_EQ(0xCBF43926u, Checksum("123456789"));
-    EXPECT_EQ(0xE8B7BE43u, Checksum("a"));
-    EXPECT_EQ(0x414FA339u, Checksum("The quick brown fox jumps over the lazy dog"));
-    EXPECT_EQ(0xFF000000u, Checksum(std::string(1, '\xFF')));
-}
-
 TEST(Checksum, Is_The_Same_By_Every_Road)
 {
+    unsigned char known[] = {'1', '2', '3', '4', '5', '6', '7', '8', '9'};
+    EXPECT_EQ(0xCBF43926u, Lib_Cacl_CRC32(known, 9));
+    EXPECT_EQ(0u, Lib_Cacl_CRC32(nullptr, 0));
     std::minstd_rand random(1);
     for (std::size_t nSize = 1; nSize < 400; ++nSize)
     {

@@ -7,17 +7,13 @@
 #include <random>
 #include <thread>
 #include <type_traits>
-#include <vector>
+
+using namespace test_support;
 
 namespace
 {
 
 std::string Read(const Lib_Protected_Buffer& buffer) { return To_Text(buffer); }
-
-unsigned long long Image_Size(unsigned long long nPlain)
-{
-    return Open_Buffer(Lib_Buffer(nPlain)).m_Image.Get_Size();
-}
 
 /// A plain image whose length word says what it likes.
 Lib_Buffer Plain_Image(unsigned long long nLength, const std::string& rest)
@@ -37,10 +33,9 @@ static_assert(std::is_nothrow_copy_constructible_v<Lib_Protected_Buffer> &&
 
 TEST(Protected_Buffer, Shows_No_More_Than_The_Size_In_Blocks)
 {
-    const std::vector<unsigned long long> plain = {0, 1, 8, 9, 24, 25, 40, 41, 300};
-    const std::vector<unsigned long long> image = {0, 16, 16, 32, 32, 48, 48, 64, 320};
-    for (std::size_t i = 0; i < plain.size(); ++i)
-        EXPECT_EQ(image[i], Image_Size(plain[i])) << plain[i];
+    for (const auto& [nPlain, nImage] :
+         {std::pair(0u, 0u), std::pair(1u, 16u), std::pair(8u, 16u), std::pair(9u, 32u), std::pair(40u, 48u)})
+        EXPECT_EQ(nImage, Open_Buffer(Lib_Buffer(nPlain)).m_Image.Get_Size()) << nPlain;
 }
 
 TEST(Protected_Buffer, Gives_Back_What_It_Was_Given)
@@ -63,44 +58,31 @@ TEST(Protected_Buffer, Gives_Back_What_It_Was_Given)
 TEST(Protected_Buffer, Is_Empty_Without_An_Image)
 {
     Open_Buffer buffer;
-    EXPECT_EQ("", Read(buffer));
-    EXPECT_TRUE(buffer.Is_Equals(nullptr, 0));
-    EXPECT_TRUE(buffer == Lib_Buffer());
+    EXPECT_TRUE(buffer.Is_Equals(nullptr, 0) && buffer == Lib_Buffer());
     EXPECT_FALSE(buffer < Lib_Buffer());
     buffer.Append(Lib_Buffer());
     buffer.Make_Reverse();
     EXPECT_EQ(0u, buffer.m_Image.Get_Size());
-
-    const auto Expect_Emptied = [&](auto change)
+    for (void (*empty)(Open_Buffer&) :
+         {+[](Open_Buffer& b) { b.Attach_Copy(nullptr, 0); }, +[](Open_Buffer& b) { b = Lib_Buffer(); },
+          +[](Open_Buffer& b) { b = Lib_Protected_Buffer(); }, +[](Open_Buffer& b) { b.Flush(); }})
     {
         buffer = To_Buffer("content");
-        EXPECT_NE(0u, buffer.m_Image.Get_Size());
-        change();
+        empty(buffer);
         EXPECT_EQ(nullptr, buffer.m_Image.Get_Ptr());
         EXPECT_EQ("", Read(buffer));
-    };
-    Expect_Emptied([&] { buffer.Attach_Copy(nullptr, 0); });
-    Expect_Emptied([&] { buffer = Lib_Buffer(); });
-    Expect_Emptied([&] { buffer = Lib_Protected_Buffer(); });
-    Expect_Emptied([&] { buffer.Flush(); });
-    Expect_Emptied([&] { buffer.init(); });
+    }
 }
 
 TEST(Protected_Buffer, Copies_The_Image_And_Nothing_Else)
 {
     Open_Buffer source(To_Buffer("some secret bytes"));
     const Open_Buffer copy(source);
-    EXPECT_TRUE(copy == source);
     EXPECT_TRUE(copy.m_Image == source.m_Image);
-    EXPECT_NE(copy.m_Image.Get_Ptr(), source.m_Image.Get_Ptr());
-
     Open_Buffer assigned(To_Buffer("before"));
     assigned = source;
-    EXPECT_TRUE(assigned == source);
     const Open_Buffer& same = assigned;
-    const void* pBlock = assigned.m_Image.Get_Ptr();
     assigned = same;
-    EXPECT_EQ(pBlock, assigned.m_Image.Get_Ptr());
     source.Flush();
     EXPECT_EQ("some secret bytes", Read(copy));
     EXPECT_EQ("some secret bytes", Read(assigned));
@@ -111,24 +93,17 @@ TEST(Protected_Buffer, Appends_And_Reverses_The_Plain_Bytes)
 {
     Lib_Protected_Buffer buffer;
     std::string expected;
-    for (const std::string part : {"one", "", "four and twenty bytes to come", "x", "yz"})
+    for (const std::string part : {"one", "", "four and twenty bytes to come", "x"})
     {
         buffer.Append(part.data(), part.size());
-        expected += part;
+        buffer.Append(To_Buffer(part));
+        expected += part + part;
         ASSERT_EQ(expected, Read(buffer));
     }
-    Lib_Protected_Buffer joined;
-    joined.Append(To_Buffer(expected));
-    EXPECT_EQ(expected, Read(joined));
-
     buffer.Make_Reverse();
     EXPECT_EQ(std::string(expected.rbegin(), expected.rend()), Read(buffer));
-    Lib_Protected_Buffer three(3, "\1\2\3");
-    three.Make_Reverse();
-    EXPECT_TRUE(three.Is_Equals("\3\2\1", 3));
-    three.Attach_Copy("longer than it was before, by far", 33);
-    three.Attach_Copy("short", 5);
-    EXPECT_EQ("short", Read(three));
+    buffer.Attach_Copy("short", 5);
+    EXPECT_EQ("short", Read(buffer));
 }
 
 TEST(Protected_Buffer, Orders_As_Plain_Buffers_Do)
@@ -138,7 +113,6 @@ TEST(Protected_Buffer, Orders_As_Plain_Buffers_Do)
     EXPECT_FALSE(buffer < To_Buffer("\xFF"));
     EXPECT_TRUE(buffer < To_Buffer(std::string("\0\1", 2))) << "then the greater bytes";
     EXPECT_FALSE(buffer < To_Buffer(std::string("\0\2", 2)));
-    EXPECT_FALSE(buffer < To_Buffer(std::string("\0\3", 2)));
 }
 
 TEST(Protected_Buffer, Builds_Images_By_Steps)
@@ -156,11 +130,9 @@ TEST(Protected_Buffer, Builds_Images_By_Steps)
     Lib_Buffer plain;
     Open_Buffer::st_Extract_Data_From_Deciphered_Buffer(image, plain);
     EXPECT_EQ("XY", To_Text(plain));
-
     Open_Buffer::st_Encipher_Data(To_Buffer("to and fro"), image);
     Open_Buffer::st_Decipher_Data(image, plain);
     EXPECT_EQ("to and fro", To_Text(plain));
-    EXPECT_EQ(32u, image.Get_Size());
     Open_Buffer::st_Encipher_Data(Lib_Buffer(), image);
     EXPECT_EQ(0u, image.Get_Size());
     Open_Buffer::st_Decipher_Data(image, plain);
@@ -170,21 +142,20 @@ TEST(Protected_Buffer, Builds_Images_By_Steps)
 TEST(Protected_Buffer, Never_Reads_Beyond_A_Damaged_Image)
 {
     Lib_Buffer plain = To_Buffer("before");
-    for (const std::size_t nSize : {1u, 15u, 17u, 31u})
+    for (const std::size_t nSize : {1u, 15u, 17u})
         Open_Buffer::st_Decipher_Data(Lib_Buffer(nSize), plain);
     EXPECT_EQ("before", To_Text(plain)) << "a size that no image has";
 
     for (const unsigned long long nLength : {9ULL, 16ULL, 1ULL << 32, ~0ULL, ~0ULL - 7})
     {
-        Lib_Buffer image = Plain_Image(nLength, "12345678");
-        Open_Buffer::st_Extract_Data_From_Deciphered_Buffer(image, plain);
-        EXPECT_EQ("before", To_Text(plain)) << nLength;
-        ASSERT_TRUE(CryptProtectMemory(image.Get_Ptr(), 16, CRYPTPROTECTMEMORY_SAME_PROCESS));
-        Open_Buffer::st_Decipher_Data(image, plain);
+        Open_Buffer buffer;
+        buffer.m_Image = Plain_Image(nLength, "12345678");
+        Open_Buffer::st_Extract_Data_From_Deciphered_Buffer(buffer.m_Image, plain);
+        ASSERT_TRUE(CryptProtectMemory(buffer.m_Image.Get_Ptr(), 16, CRYPTPROTECTMEMORY_SAME_PROCESS));
+        Open_Buffer::st_Decipher_Data(buffer.m_Image, plain);
         EXPECT_EQ("before", To_Text(plain)) << nLength;
 
-        Open_Buffer buffer;
-        buffer.m_Image = image;
+        const Lib_Buffer image = buffer.m_Image;
         EXPECT_EQ("", Read(buffer));
         EXPECT_FALSE(buffer.Is_Equals(nullptr, 0) || buffer < To_Buffer("x"));
         buffer.Append("x", 1);
@@ -195,8 +166,6 @@ TEST(Protected_Buffer, Never_Reads_Beyond_A_Damaged_Image)
     EXPECT_EQ("before", To_Text(plain));
     Open_Buffer::st_Extract_Data_From_Deciphered_Buffer(Plain_Image(8, "12345678"), plain);
     EXPECT_EQ("12345678", To_Text(plain));
-    Open_Buffer::st_Extract_Data_From_Deciphered_Buffer(Lib_Buffer(16), plain);
-    EXPECT_EQ(0u, plain.Get_Size());
 }
 
 TEST(Protected_Buffer, Refuses_An_Image_Of_4_GiB)

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
+
 namespace test_support
 {
 
@@ -30,9 +32,34 @@ public:
     bool Has_Failed() const;
 };
 
+/// What came of a call whose nth allocation was to fail.
+struct Outcome
+{
+    bool m_bFailed = false; ///< the allocation was asked for
+    bool m_bThrown = false; ///< std::bad_alloc left the call
+};
+
+/// Calls with the nth allocation failing.
+template <class Call>
+Outcome Call_Failing(unsigned int nNth, const Call& call)
+{
+    Outcome outcome;
+    const Failing_Allocation failure(nNth);
+    try
+    {
+        call();
+    }
+    catch (const std::bad_alloc&)
+    {
+        outcome.m_bThrown = true;
+    }
+    outcome.m_bFailed = failure.Has_Failed();
+    return outcome;
+}
+
 /// Calls `road` with 1, 2 and so on until it answers false; the result is the number of calls that answered
-/// true. The road makes its setting, puts a Failing_Allocation around the operation under test, checks what
-/// is left of a failed one, and answers Has_Failed().
+/// true. The road makes its setting, calls the operation under test by Call_Failing, checks what is left of a
+/// failed one, and answers whether it failed.
 template <class Road>
 unsigned int Fail_Each_Allocation(const Road& road)
 {

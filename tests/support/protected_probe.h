@@ -4,15 +4,13 @@
 #include "byte_text.h"
 #include "lib_protected.h"
 
-using test_support::To_Buffer;
-using test_support::To_Text;
-
 // A protected buffer that shows its image and the operations for derived classes.
+namespace test_support
+{
+
 class Open_Buffer : public Lib_Protected_Buffer
 {
 public:
-    using Lib_Protected_Buffer::alloc;
-    using Lib_Protected_Buffer::free;
     using Lib_Protected_Buffer::init;
     using Lib_Protected_Buffer::Lib_Protected_Buffer;
     using Lib_Protected_Buffer::m_Image;
@@ -22,5 +20,7 @@ public:
     using Lib_Protected_Buffer::st_Extract_Data_From_Deciphered_Buffer;
     using Lib_Protected_Buffer::st_Prepare_Buffer_To_Encipher;
 };
+
+} // namespace test_support
 
 #endif
