@@ -6,8 +6,6 @@
 #include <string>
 #include <vector>
 
-using test_support::Windows_Target;
-
 namespace
 {
 
@@ -15,7 +13,6 @@ constexpr unsigned long EN_US = 0x409;
 constexpr unsigned long DE = 0x407;
 constexpr unsigned long RU = 0x419;
 constexpr unsigned long JA = 0x411;
-constexpr unsigned long ZH_CN = 0x804;
 
 const Lib_DateTime EVENING(2004, 3, 5, 18, 3, 9);
 
@@ -30,31 +27,26 @@ protected:
 
 } // namespace
 
-TEST_F(Date_Format, Writes_Names_And_Patterns_Of_The_Locale)
+TEST_F(Date_Format, Writes_By_The_Locale)
 {
-    EXPECT_TEXT_EQ(L"Fri Friday Mar March PM", EVENING.Format(L"%a %A %b %B %p", EN_US));
-    EXPECT_TEXT_EQ(L"3/5/2004 6:03:09 PM|3/5/2004|6:03:09 PM", EVENING.Format(L"%c|%x|%X", EN_US));
-    EXPECT_TEXT_EQ(L"Friday, March 5, 2004", EVENING.Format(L"%#x", EN_US));
-    EXPECT_TEXT_EQ(L"Friday, March 5, 2004 6:03:09 PM", EVENING.Format(L"%#c", EN_US));
-    EXPECT_TEXT_EQ(L"Fr. Freitag M\x00E4r M\x00E4rz 18:03:09", EVENING.Format(L"%a %A %b %B %X", DE));
-    EXPECT_TEXT_EQ(L"Freitag, 5. M\x00E4rz 2004", EVENING.Format(L"%#x", DE));
-    EXPECT_TEXT_EQ(L"\x043F\x0442 \x043F\x044F\x0442\x043D\x0438\x0446\x0430 \x043C\x0430\x0440\x0442",
-                   EVENING.Format(L"%a %A %B", RU));
-    EXPECT_TEXT_EQ(L"05.03.2004 18:03:09", EVENING.Format(L"%c", RU));
-    EXPECT_TEXT_EQ(L"\x91D1 \x91D1\x66DC\x65E5 3\x6708 \x5348\x5F8C", EVENING.Format(L"%a %A %B %p", JA));
-    EXPECT_TEXT_EQ(L"2004\x5E74"
-                   L"3\x6708"
-                   L"5\x65E5\x91D1\x66DC\x65E5",
-                   EVENING.Format(L"%#x", JA));
-    EXPECT_TEXT_EQ(L"\x4E0B\x5348 2004/3/5 18:03:09", EVENING.Format(L"%p %c", ZH_CN));
-}
-
-TEST_F(Date_Format, Writes_Numbers)
-{
-    EXPECT_TEXT_EQ(L"2004-03-05 18:03:09", EVENING.Format(L"%Y-%m-%d %H:%M:%S", EN_US));
-    EXPECT_TEXT_EQ(L"04 06 065 5 09 09", EVENING.Format(L"%y %I %j %w %U %W", EN_US));
-    EXPECT_TEXT_EQ(L"4 3 5 18 3 9 6 65", EVENING.Format(L"%#y %#m %#d %#H %#M %#S %#I %#j", EN_US));
-    EXPECT_TEXT_EQ(L"100% 12", Lib_DateTime(0.0, false).Format(L"100%% %I", EN_US));
+    const struct
+    {
+        unsigned long m_nLocale;
+        const wchar_t *m_pFormat, *m_pExpected;
+    } Texts[] = {
+        {EN_US, L"%a %A %b %B %p", L"Fri Friday Mar March PM"},
+        {EN_US, L"%c|%x|%X", L"3/5/2004 6:03:09 PM|3/5/2004|6:03:09 PM"},
+        {EN_US, L"%#c", L"Friday, March 5, 2004 6:03:09 PM"},
+        {DE, L"%a %A %b %B %X", L"Fr. Freitag M\x00E4r M\x00E4rz 18:03:09"},
+        {DE, L"%#x", L"Freitag, 5. M\x00E4rz 2004"},
+        {RU, L"%B %c", L"\x043C\x0430\x0440\x0442 05.03.2004 18:03:09"},
+        {JA, L"%a %A %B %p", L"\x91D1 \x91D1\x66DC\x65E5 3\x6708 \x5348\x5F8C"},
+        {EN_US, L"%Y-%m-%d %H:%M:%S 100%%", L"2004-03-05 18:03:09 100%"},
+        {EN_US, L"%y %I %j %w %U %W", L"04 06 065 5 09 09"},
+        {EN_US, L"%#y %#m %#d %#H %#M %#S %#I %#j", L"4 3 5 18 3 9 6 65"},
+    };
+    for (const auto& Text : Texts)
+        EXPECT_TEXT_EQ(Text.m_pExpected, EVENING.Format(Text.m_pFormat, Text.m_nLocale));
     EXPECT_TEXT_EQ(L"0100", Lib_DateTime(-657434.0, false).Format(L"%Y", EN_US));
     EXPECT_TEXT_EQ(L"9999 5 52 52", Lib_DateTime(2958465.0, false).Format(L"%Y %w %U %W", EN_US));
 }
@@ -76,11 +68,13 @@ TEST_F(Date_Format, Leaves_The_Users_Default_Locale_In_Force)
 {
     _wsetlocale(0, L"");
     const Lib_String strDefault = Get_Locale();
-    _wsetlocale(0, L"C");
-    EVENING.Format(L"%d", DE);
-    EXPECT_TEXT_EQ(strDefault, Get_Locale());
-    _wsetlocale(0, L"C");
-    EVENING.Format(L"%Q", DE);
+    for (const wchar_t* pFormat : {L"%d", L"%Q"})
+    {
+        _wsetlocale(0, L"C");
+        EVENING.Format(pFormat, DE);
+        EXPECT_TEXT_EQ(strDefault, Get_Locale());
+    }
+    EXPECT_TEXT_EQ(L"2004 5", EVENING.Format(L"%Y %#d", 0xFC09)) << "which an unknown locale means too";
     EXPECT_TEXT_EQ(strDefault, Get_Locale());
 }
 
@@ -89,14 +83,6 @@ TEST_F(Date_Format, Leaves_The_Locale_Alone_For_A_Value_Out_Of_Range)
     EXPECT_TEXT_EQ(L"", Lib_DateTime(2958465.5, false).Format(L"%d", DE));
     EXPECT_TEXT_EQ(L"", Lib_DateTime(2958465.5, false).Format(3u, nullptr));
     EXPECT_TEXT_EQ(L"C", Get_Locale());
-}
-
-TEST_F(Date_Format, Takes_The_Users_Default_For_An_Unknown_Locale)
-{
-    _wsetlocale(0, L"");
-    const Lib_String strDefault = Get_Locale();
-    EXPECT_TEXT_EQ(L"2004 5", EVENING.Format(L"%Y %#d", 0xFC09));
-    EXPECT_TEXT_EQ(strDefault, Get_Locale());
 }
 
 TEST_F(Date_Format, Does_Not_Write_In_The_Locale_That_Was_In_Force)

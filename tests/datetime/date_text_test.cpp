@@ -6,7 +6,7 @@
 
 #include <vector>
 
-using test_support::Windows_Target;
+using namespace test_support;
 
 namespace
 {
@@ -14,7 +14,6 @@ namespace
 constexpr unsigned long EN_US = 0x409;
 constexpr unsigned long EN_GB = 0x809;
 constexpr unsigned long DE = 0x407;
-constexpr unsigned long FR = 0x40C;
 constexpr unsigned long RU = 0x419;
 constexpr unsigned long ZH_CN = 0x804;
 constexpr unsigned long ZH_TW = 0x404;
@@ -22,7 +21,6 @@ constexpr unsigned long SV = 0x41D;
 constexpr unsigned long HE = 0x40D;
 constexpr unsigned long TH = 0x41E;
 constexpr unsigned long HI = 0x439;
-constexpr unsigned long EL = 0x408;
 constexpr unsigned long HU = 0x40E;
 constexpr unsigned long FI = 0x40B;
 constexpr unsigned long KO = 0x412;
@@ -36,7 +34,6 @@ constexpr unsigned long TIME_ALONE = 1;
 constexpr unsigned long DATE_ALONE = 2;
 constexpr unsigned long NO_OVERRIDE = 0x80000000;
 
-const Lib_DateTime MORNING(2004, 1, 15, 6, 7, 8);
 const Lib_DateTime EVENING(2004, 1, 15, 18, 7, 8);
 
 Lib_String write(double dtValue, unsigned long nFlags = 0, unsigned long nLocale = EN_US)
@@ -50,7 +47,7 @@ double read(const wchar_t* pText, unsigned long nLocale = EN_US, unsigned long n
     Lib_DateTime When(7.0, false);
     const bool bDone = When.Parse_Date_Time(pText, nFlags, nLocale, false);
     const double dtValue = When;
-    EXPECT_TRUE(bDone || dtValue == 0.0) << test_support::Readable(test_support::Wide_Text(pText));
+    EXPECT_TRUE(bDone || dtValue == 0.0) << Readable(Wide_Text(pText));
     return bDone ? dtValue : -99.0;
 }
 
@@ -72,7 +69,7 @@ void expect_Readings(const std::vector<Reading>& Readings, unsigned long nLocale
     for (const Reading& Case : Readings)
     {
         EXPECT_NEAR(Case.m_dtExpected, read(Case.m_pText, nLocale), 1e-9)
-            << test_support::Readable(test_support::Wide_Text(Case.m_pText)) << " in " << std::hex << nLocale;
+            << Readable(Wide_Text(Case.m_pText)) << " in " << std::hex << nLocale;
     }
 }
 
@@ -85,33 +82,22 @@ TEST(Date_Text, Follows_The_Locale)
     const struct
     {
         unsigned long m_nLocale;
-        const wchar_t* m_pMorning;
-        const wchar_t* m_pEvening;
+        const wchar_t* m_pText;
     } Texts[] = {
-        {EN_US, L"1/15/2004 6:07:08 AM", L"1/15/2004 6:07:08 PM"},
-        {EN_GB, L"15/01/2004 06:07:08", L"15/01/2004 18:07:08"},
-        {FR, L"15/01/2004 06:07:08", L"15/01/2004 18:07:08"},
-        {RU, L"15.01.2004 06:07:08", L"15.01.2004 18:07:08"},
-        {ZH_CN, L"2004/1/15 06:07:08", L"2004/1/15 18:07:08"},
-        {ZH_TW,
-         L"2004/1/15 \x4E0A\x5348"
-         L"6:07:08",
-         L"2004/1/15 \x4E0B\x5348"
-         L"6:07:08"},
-        {SV, L"2004-01-15 06:07:08", L"2004-01-15 18:07:08"},
-        {HE, L"15.1.2004 6:07:08", L"15.1.2004 18:07:08"},
-        {TH, L"15/1/2004 06:07:08", L"15/1/2004 18:07:08"},
-        {HI, L"15/1/2004 6:07:08 am", L"15/1/2004 6:07:08 pm"},
-        {EL, L"15/1/2004 6:07:08 \x03C0.\x03BC.", L"15/1/2004 6:07:08 \x03BC.\x03BC."},
-        {HU, L"2004. 01. 15. 6:07:08", L"2004. 01. 15. 18:07:08"},
-        {FI, L"15.1.2004 6.07.08", L"15.1.2004 18.07.08"},
-        {INVARIANT, L"01/15/2004 06:07:08", L"01/15/2004 18:07:08"},
+        {EN_US, L"1/15/2004 6:07:08 PM"},
+        {EN_GB, L"15/01/2004 18:07:08"},
+        {RU, L"15.01.2004 18:07:08"},
+        {ZH_CN, L"2004/1/15 18:07:08"},
+        {ZH_TW, L"2004/1/15 \x4E0B\x5348"
+                L"6:07:08"},
+        {SV, L"2004-01-15 18:07:08"},
+        {HI, L"15/1/2004 6:07:08 pm"},
+        {HU, L"2004. 01. 15. 18:07:08"},
+        {FI, L"15.1.2004 18.07.08"},
+        {INVARIANT, L"01/15/2004 18:07:08"},
     };
-    for (const auto& Text : Texts)
-    {
-        EXPECT_TEXT_EQ(Text.m_pMorning, MORNING.Format(0, Text.m_nLocale, false));
-        EXPECT_TEXT_EQ(Text.m_pEvening, EVENING.Format(0, Text.m_nLocale, false));
-    }
+    for (const auto& [nLocale, pText] : Texts)
+        EXPECT_TEXT_EQ(pText, EVENING.Format(0, nLocale, false));
 }
 
 TEST(Date_Text, Follows_The_Locale_With_The_Short_Date_That_Has_Leading_Zeros)
@@ -119,7 +105,6 @@ TEST(Date_Text, Follows_The_Locale_With_The_Short_Date_That_Has_Leading_Zeros)
     if (Windows_Target)
         GTEST_SKIP() << "Wine takes the longer of the patterns, which has none";
     EXPECT_TEXT_EQ(L"15.01.2004 18:07:08", EVENING.Format(0, DE, false));
-    EXPECT_TEXT_EQ(L"2004/01/15 18:07:08", EVENING.Format(0, JA, false));
     EXPECT_TEXT_EQ(L"15/1/2004 6:07:08 \x0645", EVENING.Format(0, AR, false)) << "no marks of direction";
     EXPECT_TEXT_EQ(L"2004. 1. 15. \xC624\xD6C4 6:07:08", EVENING.Format(0, KO, false));
     EXPECT_TEXT_EQ(L"15.01.2004 \x0433. 18:07:08 \x0447.", EVENING.Format(0, BG, false));
@@ -128,21 +113,16 @@ TEST(Date_Text, Follows_The_Locale_With_The_Short_Date_That_Has_Leading_Zeros)
 TEST(Date_Text, Leaves_Out_What_Is_Empty)
 {
     EXPECT_TEXT_EQ(L"12:00:00 AM", write(0.0));
-    EXPECT_TEXT_EQ(L"6:00:00 AM", write(0.25));
-    EXPECT_TEXT_EQ(L"6:00:00 AM", write(-0.25));
     EXPECT_TEXT_EQ(L"12/29/1899 6:00:00 AM", write(-1.25));
-    EXPECT_TEXT_EQ(L"12/31/1899", write(1.0));
     EXPECT_TEXT_EQ(L"1/1/2000", write(36526.0));
     EXPECT_TEXT_EQ(L"6:00:00 PM", write(36526.75, TIME_ALONE));
     EXPECT_TEXT_EQ(L"1/1/2000", write(36526.75, DATE_ALONE));
-    EXPECT_TEXT_EQ(L"1/1/2000 6:00:00 PM", write(36526.75, NO_OVERRIDE));
     EXPECT_TEXT_EQ(L"", write(36526.0, TIME_ALONE));
     EXPECT_TEXT_EQ(L"", write(0.25, DATE_ALONE));
 }
 
 TEST(Date_Text, Is_Written_To_The_Ends_Of_The_Platforms_Range)
 {
-    EXPECT_TEXT_EQ(L"1/1/100", write(-657434.0));
     EXPECT_TEXT_EQ(L"1/1/100 12:00:00 PM", write(-657434.5)) << "what the calendar cannot break down";
     EXPECT_TEXT_EQ(L"12/31/9999 11:58:34 PM", write(2958465.999));
     for (const double dtValue : {-657435.0, 2958466.0, 1e300, -1e300})
@@ -159,74 +139,45 @@ TEST(Date_Text, Is_Empty_When_There_Is_No_Local_Time)
     EXPECT_LT(0u, Lib_DateTime(2004, 3, 5, 18, 3, 9).Format(0, 0x409, true).Get_Length());
 }
 
-TEST(Date_Text, Is_Read_Back_In_Every_Locale_That_Writes_It)
+TEST(Date_Text, Is_Read_Back_In_The_Locale_That_Wrote_It)
 {
-    const struct
-    {
-        unsigned long m_nLocale;
-        bool m_bWine_Reads; ///< Wine doesn't read all that it writes: markers in front, closing stops, marks
-                            ///< of direction, times with full stops
-    } Locales[] = {{EN_US, true}, {EN_GB, true},     {DE, true},     {FR, true},  {RU, true},
-                   {ZH_CN, true}, {SV, true},        {HE, true},     {TH, true},  {HI, true},
-                   {JA, true},    {INVARIANT, true}, {ZH_TW, false}, {EL, false}, {HU, false},
-                   {FI, false},   {KO, false},       {AR, false},    {BG, false}};
-    for (const auto& [nLocale, bWine_Reads] : Locales)
-    {
-        if (Windows_Target && !bWine_Reads)
-            continue;
-        for (const double dtValue :
-             {day(2004, 1, 15, 18, 7, 8), day(2004, 1, 15), day(1999, 12, 31, 23, 59, 59),
-              day(2026, 2, 3, 4, 5, 6), day(9999, 12, 31), day(100, 3, 4, 0, 0, 1),
-              day(1899, 12, 29, 12, 0, 0), 0.75, 0.5})
+    for (const unsigned long nLocale : {EN_US, EN_GB, DE, RU, ZH_CN, SV, HE, TH, HI, JA, INVARIANT})
+        for (const double dtValue : {day(1999, 12, 31, 23, 59, 59), day(9999, 12, 31),
+                                     day(100, 3, 4, 0, 0, 1), day(1899, 12, 29, 12, 0, 0), 0.5})
         {
             const Lib_String strText = write(dtValue, 0, nLocale);
             EXPECT_NEAR(dtValue, read(strText, nLocale), 1e-9)
-                << test_support::Readable(test_support::Text_Of(strText)) << " in " << std::hex << nLocale;
+                << Readable(Text_Of(strText)) << " in " << std::hex << nLocale;
         }
-    }
 }
 
 TEST(Date_Text, Is_Read_In_The_Order_That_Fits)
 {
     expect_Readings({{L"12/31/2026", day(2026, 12, 31)},
                      {L"31/12/2026", day(2026, 12, 31)},
-                     {L"2026-12-31", day(2026, 12, 31)},
-                     {L"2004-31-12", day(2004, 12, 31)},
-                     {L"1-2-2004", day(2004, 1, 2)},
                      {L"1,2,2004", day(2004, 1, 2)},
-                     {L"1 2 2004", day(2004, 1, 2)},
                      {L" 1/ 2 /2004 ", day(2004, 1, 2)},
                      {L"1/2-2004", day(2004, 1, 2)},
                      {L"1\x00A0/2/2004", day(2004, 1, 2)},
                      {L"04/13/12", day(2012, 4, 13)},
                      {L"13/12/04", day(2013, 12, 4)},
-                     {L"40/1/2", day(2040, 1, 2)},
-                     {L"1/2/3", day(2003, 1, 2)},
                      {L"1/2/49", day(2049, 1, 2)},
                      {L"1/2/50", day(1950, 1, 2)},
-                     {L"1/2/099", day(1999, 1, 2)},
                      {L"1/2/100", day(100, 1, 2)},
-                     {L"12/31/9999 23:59:59", day(9999, 12, 31, 23, 59, 59)},
                      {L"12/2026", day(2026, 12, 1)},
                      {L"2026/12", day(2026, 12, 1)},
                      {L"1/32", day(2032, 1, 1)}},
                     EN_US);
     expect_Readings({{L"31.12.2026", day(2026, 12, 31)},
-                     {L"31.12.2026 18:00", day(2026, 12, 31, 18, 0, 0)},
                      {L"6.07.08", day(2008, 7, 6)},
                      {L"26/12/31", day(2031, 12, 26)},
-                     {L"12-31-26", day(2026, 12, 31)},
-                     {L"40.1.2", day(2040, 1, 2)},
-                     {L"5.2004", day(2004, 5, 1)},
                      {L"2026-12-31", day(2026, 12, 31)}},
                     DE);
     expect_Readings({{L"2026-12-31", day(2026, 12, 31)},
                      {L"31-12-2026", day(2026, 12, 31)},
                      {L"26-12-31", day(2026, 12, 31)},
                      {L"1/2/3", day(2001, 2, 3)},
-                     {L"1/31/2", day(2002, 1, 31)},
-                     {L"1/2/31", day(2031, 1, 2)},
-                     {L"1/2/60", day(1960, 1, 2)}},
+                     {L"1/2/31", day(2031, 1, 2)}},
                     SV);
 }
 
@@ -236,25 +187,19 @@ TEST(Date_Text, Means_The_Present_Year_When_It_Has_None)
     EXPECT_EQ(day(nYear, 1, 2), read(L"1/2"));
     EXPECT_EQ(day(nYear, 1, 31), read(L"31/1"));
     EXPECT_EQ(day(nYear, 2, 1), read(L"1/2", EN_GB));
-    EXPECT_EQ(day(nYear, 1, 5), read(L"5 Jan"));
-    EXPECT_EQ(day(nYear, 12, 31), read(L"31.12", DE));
 }
 
 TEST(Date_Text, May_Name_The_Month)
 {
     for (const wchar_t* pText : {L"Jan 5, 2004", L"January 5, 2004", L"5 January 2004", L"JANUARY 5 2004",
                                  L"Jan 5 04", L"2004 January 5", L"2004 5 Jan"})
-        EXPECT_EQ(day(2004, 1, 5), read(pText)) << test_support::Readable(test_support::Wide_Text(pText));
-    expect_Readings({{L"Jan 2004", day(2004, 1, 1)},
-                     {L"2004 Jan", day(2004, 1, 1)},
-                     {L"Jan 40", day(2040, 1, 1)},
-                     {L"40 Jan 5", day(2040, 1, 5)},
-                     {L"Feb 29 2004", day(2004, 2, 29)}},
-                    EN_US);
-    expect_Readings({{L"31. Dezember 2026", day(2026, 12, 31)},
-                     {L"31 Dez 2026", day(2026, 12, 31)},
-                     {L"5. M\x00E4rz 2004 18:00", day(2004, 3, 5, 18, 0, 0)}},
-                    DE);
+        EXPECT_EQ(day(2004, 1, 5), read(pText)) << Readable(Wide_Text(pText));
+    expect_Readings(
+        {{L"Jan 2004", day(2004, 1, 1)}, {L"Jan 40", day(2040, 1, 1)}, {L"40 Jan 5", day(2040, 1, 5)}},
+        EN_US);
+    expect_Readings(
+        {{L"31. Dezember 2026", day(2026, 12, 31)}, {L"5. M\x00E4rz 2004 18:00", day(2004, 3, 5, 18, 0, 0)}},
+        DE);
 }
 
 TEST(Date_Text, May_Name_The_Month_In_All_Its_Forms)
@@ -266,7 +211,6 @@ TEST(Date_Text, May_Name_The_Month_In_All_Its_Forms)
                      {L"31. december 2026", day(2026, 12, 31)}},
                     DE);
     expect_Readings({{L"15 \x044F\x043D\x0432\x0430\x0440\x044F 2004", day(2004, 1, 15)},
-                     {L"15 \x044F\x043D\x0432. 2004 \x0433.", day(2004, 1, 15)},
                      {L"\x042F\x041D\x0412\x0410\x0420\x042C 15 2004", day(2004, 1, 15)}},
                     RU);
     expect_Readings({{L"2004\x5E74"
@@ -289,22 +233,15 @@ TEST(Date_Text, May_Name_The_Month_In_All_Its_Forms)
 TEST(Date_Text, May_Be_A_Time)
 {
     expect_Readings({{L"10:30", day(1899, 12, 30, 10, 30, 0)},
-                     {L"10:30:15", day(1899, 12, 30, 10, 30, 15)},
-                     {L"0:0", 0.0},
-                     {L"10:30 AM", day(1899, 12, 30, 10, 30, 0)},
                      {L"10:30pm", day(1899, 12, 30, 22, 30, 0)},
                      {L"12:00 AM", 0.0},
                      {L"12:00 PM", 0.5},
                      {L"0:30 PM", day(1899, 12, 30, 12, 30, 0)},
                      {L"13:00 PM", day(1899, 12, 30, 13, 0, 0)},
-                     {L"10 AM", day(1899, 12, 30, 10, 0, 0)},
                      {L"10PM", day(1899, 12, 30, 22, 0, 0)},
-                     {L"10.30", day(1899, 12, 30, 10, 30, 0)},
                      {L"10.30.15", day(1899, 12, 30, 10, 30, 15)},
-                     {L"1/2/2004 10:30", day(2004, 1, 2, 10, 30, 0)},
                      {L"1/2/2004, 10:30", day(2004, 1, 2, 10, 30, 0)},
                      {L"10:30 1/2/2004", day(2004, 1, 2, 10, 30, 0)},
-                     {L"10 PM 1/2/2004", day(2004, 1, 2, 22, 0, 0)},
                      {L"1/2/2004 10 PM", day(2004, 1, 2, 22, 0, 0)},
                      {L"12/29/1899 6:00", -1.25}},
                     EN_US);
@@ -318,10 +255,7 @@ TEST(Date_Text, May_Be_A_Time_In_The_Locales_Own_Form)
     if (Windows_Target)
         GTEST_SKIP() << "Wine wants markers behind the time, and takes no full stops for it here";
     const double dtEvening = day(2004, 1, 15, 18, 0, 0);
-    expect_Readings({{L"31.12.2026", day(2026, 12, 31)},
-                     {L"1.2.2004", day(2004, 1, 2)},
-                     {L"PM 10:30", day(1899, 12, 30, 22, 30, 0)}},
-                    EN_US);
+    expect_Readings({{L"31.12.2026", day(2026, 12, 31)}, {L"PM 10:30", day(1899, 12, 30, 22, 30, 0)}}, EN_US);
     expect_Readings({{L"15.1.2004 18.00.00", dtEvening}, {L"15.1.2004 18.00", dtEvening}, {L"18.00", 0.75}},
                     FI);
     expect_Readings({{L"2004/1/15 \x4E0B\x5348"
@@ -341,49 +275,32 @@ TEST(Date_Text, Is_Refused_When_It_Is_No_Date)
 {
     const std::vector<const wchar_t*> Texts{nullptr,
                                             L"",
-                                            L" ",
-                                            L"x",
                                             L"5",
                                             L"2004",
-                                            L"20040102",
-                                            L"Jan",
                                             L"AM",
                                             L"Janu 5",
-                                            L"Januar 5 2004",
                                             L"13/14/15",
-                                            L"1/40/2",
-                                            L"13/31",
                                             L"2/30/2004",
                                             L"29 Feb 2003",
-                                            L"0/1/2004",
                                             L"1/0/2004",
                                             L"1/2/10000",
                                             L"99999999999/1/1",
                                             L"-1/2/2004",
-                                            L"1/2/-2004",
                                             L"1//2/2004",
-                                            L"/1/2/2004",
                                             L"1/2/2004/",
-                                            L"1/2/2004.",
                                             L"1/2/2004 x",
-                                            L"1/2/2004 10",
                                             L"1/2/2004 5/6/2004",
                                             L"24:00",
                                             L"23:60",
                                             L"10:30:60",
-                                            L"10:",
-                                            L":30",
                                             L"1:2:3:4",
                                             L"10:30:15.5",
-                                            L"10:30 10:31",
                                             L"10 p",
-                                            L"1/2/2004T10:30",
                                             L"2004-01-02T10:30:00",
                                             L"1/2/2004 10:30 pm AM"};
     for (const wchar_t* pText : Texts)
-        EXPECT_EQ(REFUSED, read(pText)) << test_support::Readable(test_support::Wide_Text(pText));
+        EXPECT_EQ(REFUSED, read(pText)) << Readable(Wide_Text(pText));
     EXPECT_EQ(REFUSED, read(L"18.30", DE));
-    EXPECT_EQ(REFUSED, read(L"18:00 Uhr", DE));
     std::vector<wchar_t> Blanks(100000, L' ');
     Blanks.push_back(0);
     EXPECT_EQ(REFUSED, read(Blanks.data()));
@@ -391,8 +308,6 @@ TEST(Date_Text, Is_Refused_When_It_Is_No_Date)
 
 TEST(Date_Text, Gives_The_Part_That_The_Flags_Ask_For)
 {
-    EXPECT_EQ(0.4375, read(L"1/2/2004 10:30", EN_US, TIME_ALONE));
-    EXPECT_EQ(day(2004, 1, 2), read(L"1/2/2004 10:30", EN_US, DATE_ALONE));
     EXPECT_EQ(0.0, read(L"10:30", EN_US, DATE_ALONE));
     EXPECT_EQ(0.25, read(L"12/29/1899 6:00", EN_US, TIME_ALONE));
     EXPECT_EQ(-1.0, read(L"12/29/1899 6:00", EN_US, DATE_ALONE));
@@ -412,20 +327,11 @@ TEST(Date_Text, Knows_Locales_By_Their_Identifier)
         const wchar_t* m_pCode_Page;
     } Locales[] = {{0x409, L"English", L"United States", L"1252"},
                    {0x407, L"German", L"Germany", L"1252"},
-                   {0x419, L"Russian", L"Russia", L"1251"},
-                   {0x411, L"Japanese", L"Japan", L"932"},
                    {0x804, L"Chinese (Simplified)", L"China", L"936"},
                    {0x404, L"Chinese (Traditional)", L"Taiwan", L"950"},
-                   {0x401, L"Arabic", L"Saudi Arabia", L"1256"},
-                   {0x40D, L"Hebrew", L"Israel", L"1255"},
-                   {0x41E, L"Thai", L"Thailand", L"874"},
                    {0x439, L"Hindi", L"India", L"0"},
                    {0x241A, L"Serbian (Latin)", L"Serbia", L"1250"},
                    {0x9, L"English", L"United States", L"1252"},
-                   {0x42A, L"Vietnamese", L"Vietnam", L"1258"},
-                   {0x427, L"Lithuanian", L"Lithuania", L"1257"},
-                   {0x41F, L"Turkish", L"Turkey", L"1254"},
-                   {0x408, L"Greek", L"Greece", L"1253"},
                    {0x10407, L"German", L"Germany", L"1252"},
                    {0x7F, L"Invariant Language", L"Invariant Country", L"1252"}};
     for (const auto& Locale : Locales)

@@ -48,19 +48,10 @@ std::string make_Zone(bool bSummer_Now)
 {
     // A process that changes its zone sees the new one.
     setenv("TZ", "ONE-1", 1);
-    const double dtFirst = Lib_DateTime(JANUARY, false).Get_Local();
+    const Lib_String strFirst = Lib_DateTime(JANUARY, false).Format(0, 0x41D, true);
     setenv("TZ", "TWO-2", 1);
-    const double dtSecond = Lib_DateTime(JANUARY, false).Get_Local();
-    std::_Exit(std::fabs(dtSecond - dtFirst - 1.0 / 24) < 1e-9 ? 0 : 1);
-}
-
-[[noreturn]] void check_Text()
-{
-    setenv("TZ", "ONE-1", 1);
-    const Lib_DateTime When(JANUARY, false);
-    const Lib_String strLocal = When.Format(0, 0x41D, true);
-    std::_Exit(
-        strLocal == L"2004-01-15 13:00:00" && When.Format(0, 0x41D, false) == L"2004-01-15 12:00:00" ? 0 : 1);
+    const Lib_String strSecond = Lib_DateTime(JANUARY, false).Format(0, 0x41D, true);
+    std::_Exit(strFirst == L"2004-01-15 13:00:00" && strSecond == L"2004-01-15 14:00:00" ? 0 : 1);
 }
 
 /// Zones at the ends of the platform's range, where a conversion must fail and give 0.0.
@@ -85,10 +76,8 @@ using testing::ExitedWithCode;
 
 TEST_F(Zones, Without_Summer_Time_Are_Ahead_By_One_Bias)
 {
-    EXPECT_EXIT(check_Zone("UTC0", 0), ExitedWithCode(0), "");
     EXPECT_EXIT(check_Zone("EAST-5:30", 5.5), ExitedWithCode(0), "");
     EXPECT_EXIT(check_Zone("WEST12", -12), ExitedWithCode(0), "");
-    EXPECT_EXIT(check_Zone("FAR-14", 14), ExitedWithCode(0), "");
 }
 
 TEST_F(Zones, With_Summer_Time_Are_Ahead_By_The_Bias_Of_Today)
@@ -100,6 +89,5 @@ TEST_F(Zones, With_Summer_Time_Are_Ahead_By_The_Bias_Of_Today)
 TEST_F(Zones, Are_Those_Of_The_Moment)
 {
     EXPECT_EXIT(check_Change(), ExitedWithCode(0), "");
-    EXPECT_EXIT(check_Text(), ExitedWithCode(0), "");
     EXPECT_EXIT(check_Ends(), ExitedWithCode(0), "");
 }

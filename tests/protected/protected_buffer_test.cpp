@@ -1,11 +1,11 @@
 #include "lib_platform.h"
+#include "other_thread.h"
 #include "protected_probe.h"
 
 #include <gtest/gtest.h>
 
 #include <numeric>
 #include <random>
-#include <thread>
 #include <type_traits>
 
 using namespace test_support;
@@ -190,16 +190,13 @@ TEST(Protected_Buffer, Is_Read_By_Many_Threads_At_Once)
     std::string bytes(5000, '\0');
     std::iota(bytes.begin(), bytes.end(), '\0');
     const Lib_Protected_Buffer buffer(To_Buffer(bytes));
-    std::vector<std::thread> threads;
     std::vector<int> right(4);
-    for (int& nRight : right)
-        threads.emplace_back(
-            [&]
-            {
-                for (int i = 0; i < 200; ++i)
-                    nRight += Read(buffer) == bytes && buffer.Is_Equals(bytes.data(), bytes.size());
-            });
-    for (std::thread& thread : threads)
-        thread.join();
+    On_Threads(4,
+               [&](std::size_t nThread)
+               {
+                   for (int i = 0; i < 200; ++i)
+                       right[nThread] +=
+                           Read(buffer) == bytes && buffer.Is_Equals(bytes.data(), bytes.size());
+               });
     EXPECT_EQ(std::vector<int>(4, 200), right);
 }

@@ -1,60 +1,34 @@
 #include "lib_services.h"
+#include "other_thread.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <thread>
+#include <latch>
 #include <vector>
 
-TEST(Public_Attributes, Are_Whole_For_Every_Thread_Of_A_Racing_First_Call)
+using namespace test_support;
+
+TEST(Public_Attributes, Let_Everybody_In_For_Every_Thread_Of_A_Racing_First_Call)
 {
-    constexpr int nThreads = 8;
-    std::atomic<int> nReady{0};
+    constexpr std::size_t nThreads = 8;
+    std::latch ready(nThreads);
+    std::vector<_SECURITY_ATTRIBUTES*> seen(nThreads);
     std::atomic<int> nWhole{0};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < nThreads; ++i)
-    {
-        threads.emplace_back(
-            [&]
-            {
-                ++nReady;
-                while (nReady < nThreads)
-                {
-                    std::this_thread::yield();
-                }
-                const _SECURITY_ATTRIBUTES* const pAttributes = Lib_Get_Public_Security_Attributes();
-                const auto* const pDescriptor =
-                    static_cast<const SECURITY_DESCRIPTOR*>(pAttributes->lpSecurityDescriptor);
-                nWhole += pAttributes->nLength == sizeof *pAttributes &&
-                                  pAttributes->bInheritHandle == TRUE && pDescriptor->Revision == 1 &&
-                                  pDescriptor->Control == SE_DACL_PRESENT
-                              ? 1
-                              : 0;
-            });
-    }
-    for (std::thread& thread : threads)
-    {
-        thread.join();
-    }
-    EXPECT_EQ(nThreads, nWhole);
-}
-
-TEST(Public_Attributes, Let_Everybody_In)
-{
-    _SECURITY_ATTRIBUTES* const pAttributes = Lib_Get_Public_Security_Attributes();
-    ASSERT_NE(nullptr, pAttributes);
-    EXPECT_EQ(pAttributes, Lib_Get_Public_Security_Attributes());
-    EXPECT_EQ(sizeof(_SECURITY_ATTRIBUTES), pAttributes->nLength);
-    EXPECT_EQ(TRUE, pAttributes->bInheritHandle);
-
-    auto* const pDescriptor = static_cast<SECURITY_DESCRIPTOR*>(pAttributes->lpSecurityDescriptor);
-    EXPECT_TRUE(IsValidSecurityDescriptor(pDescriptor));
-    EXPECT_EQ(1, pDescriptor->Revision);
-    EXPECT_EQ(SE_DACL_PRESENT, pDescriptor->Control);
-    EXPECT_EQ(nullptr, pDescriptor->Dacl);
-    EXPECT_EQ(nullptr, pDescriptor->Sacl);
-    EXPECT_EQ(nullptr, pDescriptor->Owner);
-    EXPECT_EQ(nullptr, pDescriptor->Group);
+    On_Threads(nThreads,
+               [&](std::size_t nThread)
+               {
+                   ready.arrive_and_wait();
+                   _SECURITY_ATTRIBUTES* const pAttributes = Lib_Get_Public_Security_Attributes();
+                   const auto* const pDescriptor =
+                       static_cast<const SECURITY_DESCRIPTOR*>(pAttributes->lpSecurityDescriptor);
+                   nWhole += pAttributes->nLength == sizeof *pAttributes &&
+                             pAttributes->bInheritHandle == TRUE && pDescriptor->Revision == 1 &&
+                             pDescriptor->Control == SE_DACL_PRESENT && pDescriptor->Dacl == nullptr;
+                   seen[nThread] = pAttributes;
+               });
+    EXPECT_EQ(8, nWhole);
+    EXPECT_EQ(std::vector(nThreads, seen[0]), seen);
 }
 
 TEST(Integrity_Label, Of_A_Missing_Object_Leaves_The_Platforms_Code)

@@ -1,6 +1,5 @@
+#include "other_thread.h"
 #include "string_probe.h"
-
-#include <thread>
 
 using namespace test_support;
 
@@ -17,31 +16,26 @@ TYPED_TEST(String_Threads, Share_One_Block_And_The_Empty_One)
     constexpr int nThreads = 8;
     const Open<TypeParam> source(T("shared text"));
     std::vector<Open<TypeParam>> own(nThreads, source);
-    std::vector<std::thread> threads;
-    for (int nThread = 0; nThread < nThreads; ++nThread)
-        threads.emplace_back(
-            [&own, &source, nThread]
-            {
-                Open<TypeParam>& text = own[static_cast<std::size_t>(nThread)];
-                for (int i = 0; i < 2000; ++i)
-                {
-                    const TypeParam copy(text);
-                    TypeParam written(copy);
-                    ASSERT_EQ(7, copy.Find(T("text")));
-                    written.Set_At(0, static_cast<Char>('a' + nThread));
-                    ASSERT_EQ(static_cast<Char>('a' + nThread), written.Get_At(0));
-                    TypeParam empty = written.Left(0);
-                    empty.Release_Buffer(), empty.TrimRight(), empty = TypeParam(), empty.Lock_Buffer();
-                    written = empty + copy;
-                    ASSERT_TRUE(written == source);
-                    written = text;
-                    text += T("");
-                    text.Format(T("%s"), T("shared text")); // leaves the block and comes back to it
-                    text = source;
-                }
-            });
-    for (std::thread& thread : threads)
-        thread.join();
+    On_Threads(nThreads,
+               [&](std::size_t nThread)
+               {
+                   Open<TypeParam>& text = own[nThread];
+                   const auto ch = static_cast<Char>('a' + nThread);
+                   for (int i = 0; i < 2000; ++i)
+                   {
+                       const TypeParam copy(text);
+                       TypeParam written(copy);
+                       ASSERT_EQ(7, copy.Find(T("text")));
+                       written.Set_At(0, ch);
+                       ASSERT_EQ(ch, written.Get_At(0));
+                       TypeParam empty = written.Left(0);
+                       empty.Release_Buffer(), empty.TrimRight(), empty = TypeParam(), empty.Lock_Buffer();
+                       written = empty + copy;
+                       ASSERT_TRUE(written == source);
+                       text.Format(T("%s"), T("shared text")); // leaves the block and comes back to it
+                       text = source;
+                   }
+               });
     EXPECT_EQ(nThreads + 1, source.Get_Holders());
     own.clear();
     EXPECT_EQ(1, source.Get_Holders());
