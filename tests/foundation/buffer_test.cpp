@@ -17,15 +17,6 @@ void Expect_Empty(const Lib_Buffer& buffer)
     EXPECT_EQ(nullptr, buffer.Get_Ptr());
 }
 
-class Derived_Buffer : public Lib_Buffer
-{
-public:
-    using Lib_Buffer::alloc;
-    using Lib_Buffer::free;
-    using Lib_Buffer::init;
-    using Lib_Buffer::Lib_Buffer;
-};
-
 } // namespace
 
 static_assert(std::has_virtual_destructor_v<Lib_Buffer> && std::is_nothrow_copy_constructible_v<Lib_Buffer> &&
@@ -157,19 +148,6 @@ TEST(Buffer, Stays_As_It_Is_When_The_Size_Cannot_Be_Had)
     }
     EXPECT_EQ(pBefore, buffer.Get_Ptr());
     EXPECT_EQ(Bytes({1, 2, 3}), To_Bytes(buffer));
-}
-
-TEST(Buffer, Gives_Derived_Classes_Its_Building_Blocks)
-{
-    Derived_Buffer buffer(2ULL);
-    void* pBlock = buffer.Get_Ptr();
-    buffer.init();
-    Expect_Empty(buffer);
-    buffer.free(pBlock);
-    pBlock = buffer.alloc(3);
-    EXPECT_EQ(0, std::memcmp(pBlock, "\0\0\0", 3));
-    buffer.free(pBlock);
-    EXPECT_EQ(nullptr, buffer.alloc(0));
 }
 
 TEST(Typed_Buffer, Grows_By_Reading_And_Adding_Whole_Elements)

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <initializer_list>
 #include <random>
 #include <set>
 #include <vector>
@@ -26,15 +25,6 @@ std::vector<T> Walk(const LibT_Set<T>& set)
     EXPECT_FALSE(iterator.Next()) << "it stays at the end";
     EXPECT_EQ(0U, iterator.m_nPending);
     return walk;
-}
-
-std::vector<int> Walk_Without(std::initializer_list<int> arrivals, int nRemoved)
-{
-    Set set;
-    for (const int n : arrivals)
-        set.Insert(n);
-    set.Remove(nRemoved);
-    return Walk(set);
 }
 
 using Values = std::vector<int>;
@@ -70,17 +60,30 @@ TEST(Set, Hangs_Elements_In_The_Order_Of_Their_Arrival)
     EXPECT_EQ(0U, container.Get_Num_Elements());
 }
 
-TEST(Set, Puts_The_Greater_Child_In_The_Place_Of_A_Root_Or_Greater_Child)
+TEST(Set, Puts_One_Child_In_The_Place_Of_A_Removed_Element)
 {
-    EXPECT_EQ((Values{8, 7, 3, 1, 4, 9}), Walk_Without({5, 3, 8, 1, 4, 7, 9}, 5));
-    EXPECT_EQ((Values{10, 20, 18, 12}), Walk_Without({10, 15, 20, 12, 18}, 15));
-    EXPECT_EQ((Values{10, 12, 11}), Walk_Without({10, 15, 12, 11}, 15)) << "no greater child";
-}
-
-TEST(Set, Puts_The_Lesser_Child_In_The_Place_Of_A_Lesser_Child)
-{
-    EXPECT_EQ((Values{10, 3, 4, 7, 6}), Walk_Without({10, 5, 3, 4, 7, 6}, 5));
-    EXPECT_EQ((Values{10, 7, 6}), Walk_Without({10, 5, 7, 6}, 5)) << "no lesser child";
+    const struct
+    {
+        Values m_Arrivals;
+        int m_nRemoved;
+        Values m_Walk;
+    } rows[] = {
+        {{5, 3, 8, 1, 4, 7, 9},
+         5,
+         {8, 7, 3, 1, 4, 9}}, // of the root, and of a greater child, the greater one
+        {{10, 15, 20, 12, 18}, 15, {10, 20, 18, 12}},
+        {{10, 15, 12, 11}, 15, {10, 12, 11}},
+        {{10, 5, 3, 4, 7, 6}, 5, {10, 3, 4, 7, 6}}, // of a lesser child the lesser one
+        {{10, 5, 7, 6}, 5, {10, 7, 6}},
+    };
+    for (const auto& row : rows)
+    {
+        Set set;
+        for (const int n : row.m_Arrivals)
+            set.Insert(n);
+        set.Remove(row.m_nRemoved);
+        EXPECT_EQ(row.m_Walk, Walk(set));
+    }
 }
 
 TEST(Set, Removes_By_A_Reference_Into_Itself)

@@ -35,17 +35,10 @@ std::string Left_By(const wchar_t* pText, HRESULT expected)
 TEST(Guid, Draws_Another_One_Each_Time)
 {
     std::set<std::string> drawn;
-    for (int i = 0; i < 1000; ++i)
-    {
-        Lib_Guid guid;
-        const std::string text = Digits(guid);
-        EXPECT_EQ('4', text[14]) << text << ": not version 4";
-        EXPECT_NE(std::string::npos, std::string("89ab").find(text[19])) << text;
-        drawn.insert(text);
-        guid.Create_New();
+    Lib_Guid guid;
+    for (int i = 0; i < 1000; ++i, guid.Create_New())
         drawn.insert(Digits(guid));
-    }
-    EXPECT_EQ(2000U, drawn.size());
+    EXPECT_EQ(1000U, drawn.size());
 }
 
 TEST(Guid, Has_Two_Texts)
