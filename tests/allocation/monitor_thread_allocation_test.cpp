@@ -1,5 +1,6 @@
 #include "failing_allocator.h"
 #include "lib_thread.h"
+#include "test_text.h"
 
 #include <gtest/gtest.h>
 
@@ -94,7 +95,7 @@ TEST(Monitor_Thread_Allocation, A_Failure_That_Cannot_Be_Told_Is_Not)
     {
         nUntold += !is_Told(nNth, 30) && bStarted;
     }
-    EXPECT_LE(1U, nUntold) << "runs that began and failed";
+    EXPECT_TRUE(nUntold != 0 || Windows_Target) << "runs that began and failed; Windows finds other memory";
     evNoted.Reset();
     EXPECT_TRUE(is_Told(NONE, 10000));
     EXPECT_TRUE(Are_There_Again(nBefore + LASTING)) << Outstanding_Bytes() - nBefore << " bytes are lost";
