@@ -3,50 +3,37 @@
 namespace
 {
 
-/// What events and mutexes have alike, asked of both.
-struct Events
+// What events and mutexes have alike is asked of both.
+template <class... Name>
+bool create(Lib_Event& event, Name... name)
 {
-    using Class = Flush_Counter<Lib_Event>;
-
-    template <class... Name>
-    static bool Create(Lib_Event& event, Name... name)
-    {
-        return event.Create(nullptr, true, false, name...);
-    }
-    static bool Create_Public(Lib_Event& event, bool bGlobal)
-    {
-        return event.Create_Public_With_Unique_Name(bGlobal, true, false);
-    }
-};
-
-struct Mutexes
+    return event.Create(nullptr, true, false, name...);
+}
+template <class... Name>
+bool create(Lib_Mutex& mutex, Name... name)
 {
-    using Class = Flush_Counter<Lib_Mutex>;
+    return mutex.Create(nullptr, false, name...);
+}
+bool create_Public(Lib_Event& event, bool bGlobal)
+{
+    return event.Create_Public_With_Unique_Name(bGlobal, true, false);
+}
+bool create_Public(Lib_Mutex& mutex, bool bGlobal)
+{
+    return mutex.Create_Public_With_Unique_Name(bGlobal, false);
+}
 
-    template <class... Name>
-    static bool Create(Lib_Mutex& mutex, Name... name)
-    {
-        return mutex.Create(nullptr, false, name...);
-    }
-    static bool Create_Public(Lib_Mutex& mutex, bool bGlobal)
-    {
-        return mutex.Create_Public_With_Unique_Name(bGlobal, false);
-    }
-};
-
-template <class Kind>
+template <class Class>
 class Named : public testing::Test
 {
 protected:
-    using Class = typename Kind::Class;
-
     bool opens(const wchar_t* pName) { return Class().Open(pName, SYNCHRONIZE, false); }
 
     Class m_Object;
     const Lib_String m_strName = Fresh_Name();
 };
 
-using Kinds = testing::Types<Events, Mutexes>;
+using Kinds = testing::Types<Flush_Counter<Lib_Event>, Flush_Counter<Lib_Mutex>>;
 TYPED_TEST_SUITE(Named, Kinds);
 
 TYPED_TEST(Named, Begins_Empty_And_Creates_Without_A_Name)
@@ -57,23 +44,23 @@ TYPED_TEST(Named, Begins_Empty_And_Creates_Without_A_Name)
     EXPECT_FALSE(this->m_Object.Release());
     EXPECT_EQ(12345u, GetLastError());
 
-    typename TypeParam::Class other;
-    ASSERT_TRUE(TypeParam::Create(this->m_Object));
-    ASSERT_TRUE(TypeParam::Create(other));
+    TypeParam other;
+    ASSERT_TRUE(create(this->m_Object));
+    ASSERT_TRUE(create(other));
     EXPECT_EQ(0u, GetLastError()) << "a second one, and not the first one again";
 }
 
 TYPED_TEST(Named, The_Name_Held_Serves_Creation_And_Opening)
 {
     this->m_Object.Set_Name(this->m_strName);
-    EXPECT_EQ(0, this->m_Object.Count([&] { EXPECT_TRUE(TypeParam::Create(this->m_Object)); }));
+    EXPECT_EQ(0, this->m_Object.Count([&] { EXPECT_TRUE(create(this->m_Object)); }));
     EXPECT_TEXT_EQ(this->m_strName, this->m_Object.Get_Name());
     EXPECT_TRUE(this->opens(this->m_strName));
 
-    typename TypeParam::Class other;
+    TypeParam other;
     other.Set_Name(this->m_strName);
     EXPECT_EQ(0, other.Count([&] { EXPECT_TRUE(other.Open(nullptr, SYNCHRONIZE, false)); }));
-    EXPECT_TRUE(TypeParam::Create(other)) << "what is there already is a success";
+    EXPECT_TRUE(create(other)) << "what is there already is a success";
     EXPECT_EQ(DWORD{ERROR_ALREADY_EXISTS}, GetLastError());
     EXPECT_TRUE(other.Close());
     EXPECT_TRUE(other.Open(nullptr, SYNCHRONIZE, false)) << "the name stays";
@@ -82,15 +69,15 @@ TYPED_TEST(Named, The_Name_Held_Serves_Creation_And_Opening)
 TYPED_TEST(Named, Closes_Before_It_Creates_And_Opens)
 {
     auto& object = this->m_Object;
-    ASSERT_TRUE(TypeParam::Create(object, this->m_strName));
-    ASSERT_TRUE(TypeParam::Create(object, this->m_strName));
+    ASSERT_TRUE(create(object, this->m_strName));
+    ASSERT_TRUE(create(object, this->m_strName));
     EXPECT_EQ(0u, GetLastError()) << "the old one went before the new one came";
     EXPECT_FALSE(object.Open(nullptr, SYNCHRONIZE, false));
     EXPECT_EQ(DWORD{ERROR_FILE_NOT_FOUND}, GetLastError());
     EXPECT_EQ(nullptr, object.operator void*());
     EXPECT_TEXT_EQ(this->m_strName, object.Get_Name());
 
-    ASSERT_TRUE(TypeParam::Create(object, nullptr));
+    ASSERT_TRUE(create(object, nullptr));
     void* const hOld = object;
     SetLastError(12345);
     EXPECT_FALSE(object.Open(nullptr, SYNCHRONIZE, false));
@@ -105,17 +92,17 @@ TYPED_TEST(Named, The_Name_Goes_With_Everything_That_Flushes)
 {
     auto& object = this->m_Object;
     object.Set_Name(this->m_strName);
-    EXPECT_EQ(1, object.Count([&] { EXPECT_TRUE(TypeParam::Create(object, nullptr)); }));
+    EXPECT_EQ(1, object.Count([&] { EXPECT_TRUE(create(object, nullptr)); }));
     EXPECT_TEXT_EQ(L"", object.Get_Name());
 
     object.Set_Name(this->m_strName);
     EXPECT_EQ(1, object.Count([&] { object.Attach(Make_Event(true, false).Detach()); }));
     EXPECT_TEXT_EQ(L"", object.Get_Name());
 
-    typename TypeParam::Class target(object, this->m_strName);
+    TypeParam target(object, this->m_strName);
     EXPECT_EQ(1, target.Count([&] { EXPECT_TRUE(object.Duplicate(target, nullptr, nullptr, 0, true, 2)); }));
     EXPECT_TEXT_EQ(L"", target.Get_Name());
-    EXPECT_EQ(1, object.Count([&] { EXPECT_TRUE(TypeParam::Create_Public(object, false)); }));
+    EXPECT_EQ(1, object.Count([&] { EXPECT_TRUE(create_Public(object, false)); }));
 }
 
 TYPED_TEST(Named, Takes_Its_Own_Text_For_A_Name)
@@ -127,9 +114,9 @@ TYPED_TEST(Named, Takes_Its_Own_Text_For_A_Name)
     EXPECT_TEXT_EQ(this->m_strName, object.Get_Name());
 
     pOwn = object.Get_Name();
-    EXPECT_TRUE(TypeParam::Create(object, pOwn));
+    EXPECT_TRUE(create(object, pOwn));
     EXPECT_TEXT_EQ(this->m_strName, object.Get_Name());
-    const typename TypeParam::Class keeper(object);
+    const TypeParam keeper(object);
     pOwn = object.Get_Name();
     EXPECT_TRUE(object.Open(pOwn, SYNCHRONIZE, false));
     EXPECT_TEXT_EQ(this->m_strName, object.Get_Name());
@@ -138,11 +125,11 @@ TYPED_TEST(Named, Takes_Its_Own_Text_For_A_Name)
 TYPED_TEST(Named, Copies_Share_The_Object_And_Live_On_Their_Own)
 {
     auto& object = this->m_Object;
-    ASSERT_TRUE(TypeParam::Create(object, this->m_strName));
-    typename TypeParam::Class copy(object);
-    typename TypeParam::Class assigned;
+    ASSERT_TRUE(create(object, this->m_strName));
+    TypeParam copy(object);
+    TypeParam assigned;
     const Lib_String strOld = Fresh_Name();
-    ASSERT_TRUE(TypeParam::Create(assigned, strOld));
+    ASSERT_TRUE(create(assigned, strOld));
     EXPECT_EQ(0, assigned.Count([&] { assigned = copy; }));
     EXPECT_FALSE(this->opens(strOld));
     EXPECT_TEXT_EQ(this->m_strName, assigned.Get_Name());
@@ -153,7 +140,7 @@ TYPED_TEST(Named, Copies_Share_The_Object_And_Live_On_Their_Own)
     EXPECT_TRUE(copy.Close());
     EXPECT_TRUE(this->opens(this->m_strName)) << "the last copy keeps it";
     ASSERT_TRUE(CloseHandle(assigned));
-    const typename TypeParam::Class failed(assigned);
+    const TypeParam failed(assigned);
     EXPECT_EQ(nullptr, failed.operator void*());
     EXPECT_TEXT_EQ(this->m_strName, failed.Get_Name()) << "a copy that can't be made has the name alone";
     EXPECT_FALSE(assigned.Close());
@@ -164,14 +151,14 @@ TYPED_TEST(Named, Public_Objects_Have_Unique_Names_That_Open)
 {
     for (const bool bGlobal : {true, false})
     {
-        ASSERT_TRUE(TypeParam::Create_Public(this->m_Object, bGlobal));
+        ASSERT_TRUE(create_Public(this->m_Object, bGlobal));
         const Lib_String strName = this->m_Object.Get_Name();
         EXPECT_EQ(bGlobal ? 45u : 38u, strName.Get_Length());
         EXPECT_TEXT_EQ(bGlobal ? L"Global\\{" : L"{",
                        strName.Left(static_cast<unsigned long long>(strName.Find(L'{') + 1)));
         EXPECT_TRUE(this->opens(strName));
         EXPECT_EQ(DWORD{HANDLE_FLAG_INHERIT}, Flags_Of(this->m_Object));
-        ASSERT_TRUE(TypeParam::Create_Public(this->m_Object, bGlobal));
+        ASSERT_TRUE(create_Public(this->m_Object, bGlobal));
         EXPECT_FALSE(this->opens(strName));
     }
 }

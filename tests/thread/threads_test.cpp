@@ -85,19 +85,6 @@ TEST(Threads, Made_Suspended_Run_Nothing_Until_Resumed)
     EXPECT_EQ(1U, work.m_nRuns);
 }
 
-TEST(Threads, Run_On_Without_A_Handle)
-{
-    Work work;
-    Begin(work).Close();
-    EXPECT_EQ(1U, ResumeThread(Begin(work, CREATE_SUSPENDED)));
-    SetEvent(work.m_Go);
-    while (work.m_nRuns < 2) // each leaves the mutex to the next one by its end
-    {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    EXPECT_EQ(DWORD{WAIT_ABANDONED}, WaitForSingleObject(work.m_Mutex, INFINITE));
-}
-
 TEST(Threads, Are_Handled_By_The_Rights_Of_The_Handle)
 {
     Work work;
