@@ -229,7 +229,7 @@ TEST_F(Monitor_Thread, Needs_No_Callback_But_The_Work)
     Watch watch;
     EXPECT_TRUE(
         monitor.Init(nullptr, Watch::Work, nullptr, nullptr, nullptr, &watch, &watch.m_evStop, m_Result, 0));
-    for (const DWORD nOrdered : {1, 0}) // the exit code tells
+    for (const DWORD nOrdered : {1u, 0u}) // the exit code tells
     {
         EXPECT_TRUE(monitor.Start(m_Result));
         const Lib_Handle thread(monitor.m_hThread);
