@@ -177,8 +177,10 @@ bool serve_Lines(Line_Reader& Reader, unsigned int nLimit, const Clock& clock, F
 
 bool Serve_File(Byte_Source& Source, const Options& options)
 {
-    const Desk_Rules Rules = options.Get_Rules();
+    const Policy policy;
+    const Desk_Rules Rules = options.Get_Rules(policy);
     Report report(options.Get_Style(false), Rules.m_Clock);
+    report.Add_Notes(policy.Get_Faults());
     {
         Sessions All(Rules, report);
         File_Service Service(All, report);

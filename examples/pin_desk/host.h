@@ -15,6 +15,17 @@ int Run_Pin_Desk(int nArguments, wchar_t** ppArguments);
 /// The caller closes it.
 std::FILE* Open_For_Reading(const Lib_String& strPath);
 
+/// Opens a file by its path in the platform's form, with backslashes, for appending bytes, and makes it, for
+/// the user alone, where it is missing (on Windows with the rights that are inherited). Null when that fails.
+/// The caller closes it.
+std::FILE* Open_For_Appending(const Lib_String& strPath);
+
+/// For a std::unique_ptr.
+struct Close_File
+{
+    void operator()(std::FILE* pFile) const { std::fclose(pFile); }
+};
+
 /// A token by which threads impersonate a session, for the caller to close; null with the platform's last
 /// error when there is none to be had.
 HANDLE Make_Session_Token(unsigned int nSession);

@@ -4,6 +4,9 @@
 #include <cstring>
 #include <vector>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 // Linux hands texts over as UTF-8.
 
 std::FILE* Open_For_Reading(const Lib_String& strPath)
@@ -16,6 +19,19 @@ std::FILE* Open_For_Reading(const Lib_String& strPath)
     }
     Path.Append("", 1);
     return std::fopen(static_cast<const char*>(Path.Get_Ptr()), "rb");
+}
+
+std::FILE* Open_For_Appending(const Lib_String& strPath)
+{
+    const int nSize = Lib_Get_Native_Path(strPath, nullptr, 0);
+    std::vector<char> Path(static_cast<std::size_t>(nSize));
+    if (nSize == 0 || Lib_Get_Native_Path(strPath, Path.data(), nSize) != nSize)
+        return nullptr;
+    const int nFile = open(Path.data(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+    std::FILE* pFile = nFile >= 0 ? fdopen(nFile, "ab") : nullptr;
+    if (nFile >= 0 && pFile == nullptr)
+        close(nFile);
+    return pFile;
 }
 
 HANDLE Make_Session_Token(unsigned int nSession)

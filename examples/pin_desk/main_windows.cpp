@@ -16,6 +16,8 @@ std::FILE* Open_For_Reading(const Lib_String& strPath)
     return _wfopen(strPath, L"rb");
 }
 
+std::FILE* Open_For_Appending(const Lib_String& strPath) { return _wfopen(strPath, L"ab"); }
+
 // Tokens for sessions are given to those who act as part of the operating system, services as a rule; others
 // get ERROR_PRIVILEGE_NOT_HELD.
 HANDLE Make_Session_Token(unsigned int nSession)

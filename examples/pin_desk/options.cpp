@@ -21,7 +21,7 @@ bool is_Number(const Lib_String& strText)
 bool check_Tries(Lib_String& strText)
 {
     const int nTries = Lib_String_To_Int(strText);
-    return is_Number(strText) && nTries >= 1 && nTries <= 99;
+    return is_Number(strText) && SETTING_TRIES.Allows(static_cast<unsigned int>(nTries));
 }
 
 bool check_Limit(Lib_String& strText) { return is_Number(strText); }
@@ -40,6 +40,8 @@ bool check_Locale(Lib_String& strText)
 bool check_Seconds(Lib_String& strText) { return is_Number(strText) && strText.Get_Length() <= 6; }
 
 bool check_Patience(Lib_String& strText) { return check_Seconds(strText) && Lib_String_To_Int(strText) >= 1; }
+
+bool check_Setting(Lib_String& strText) { return Is_Setting(strText); }
 
 /// The name may have blanks in it; the number of seconds comes last.
 Lib_String name_Of_Guard(const Lib_String& strText)
@@ -110,6 +112,12 @@ Options::Options()
       m_Quiet(L"-quiet", PARAM_TYPE_FLAG, L"", L"", L"Prints only what was refused or malformed", true),
       m_Expire(L"-expire", PARAM_TYPE_DWORD, L"0", L"seconds", L"Time for which a PIN is good, 0 for ever",
                true, L"a number of up to 6 digits", check_Seconds),
+      m_Journal(L"-journal", PARAM_TYPE_FLAG, L"", L"",
+                L"Appends what is answered to the journal in the user's directory of PIN data", true),
+      m_Set(L"-set", PARAM_TYPE_STRING, L"", L"name=number",
+            L"Sets expire or tries for all desks of the user, where their command lines don't", true,
+            L"expire=0 to expire=999999, or tries=1 to tries=99", check_Setting),
+      m_Policy(L"-policy", PARAM_TYPE_FLAG, L"", L"", L"Prints what -set has set", true),
       m_Serve(L"-serve", PARAM_TYPE_STRING, L"", L"socket",
               L"Serves clients on a local socket until SIGINT or SIGTERM", true, L"the path of a socket",
               is_Not_Empty),
@@ -162,15 +170,18 @@ std::vector<wchar_t*> Options::join_Guard_Values(int nArguments, wchar_t** ppArg
     return Arguments;
 }
 
-Desk_Rules Options::Get_Rules() const
+Desk_Rules Options::Get_Rules(const Policy& policy) const
 {
-    return {get_Number(m_Tries), std::chrono::seconds(get_Number(m_Expire)),
+    const auto choose = [](const Option& option, const std::optional<unsigned int>& Set)
+    { return option.Is_Set() ? get_Number(option) : Set.value_or(get_Number(option)); };
+    return {choose(m_Tries, policy.Get_Tries()), std::chrono::seconds(choose(m_Expire, policy.Get_Expire())),
             Clock(get_Number(m_Locale), m_Local.Is_Set())};
 }
 
 Report::Style Options::Get_Style(bool bLive) const
 {
-    return {*static_cast<Lib_Buffer*>(m_Key.Get_Param()), m_Quiet.Is_Set(), m_Locale.Is_Set(), bLive};
+    return {*static_cast<Lib_Buffer*>(m_Key.Get_Param()), m_Quiet.Is_Set(), m_Locale.Is_Set(), bLive,
+            m_Journal.Is_Set()};
 }
 
 Lib_String Options::Get_Guarded() const { return name_Of_Guard(get_Text(m_Guard)); }
@@ -192,10 +203,11 @@ unsigned int Options::get_Number(const Lib_Parser_Param& Param)
     return static_cast<unsigned int>(reinterpret_cast<std::uintptr_t>(Param.Get_Param()));
 }
 
-std::array<Option*, 17> Options::all()
+std::array<Option*, 20> Options::all()
 {
-    return {&m_File, &m_Key,  &m_Tries, &m_Limit, &m_Locale, &m_Local, &m_Quiet, &m_Expire, &m_Serve,
-            &m_Ask,  &m_Idle, &m_Watch, &m_Wait,  &m_Signal, &m_Guard, &m_Help,  &m_Version};
+    return {&m_File,   &m_Key,     &m_Tries,  &m_Limit,  &m_Locale, &m_Local,  &m_Quiet,
+            &m_Expire, &m_Journal, &m_Set,    &m_Policy, &m_Serve,  &m_Ask,    &m_Idle,
+            &m_Watch,  &m_Wait,    &m_Signal, &m_Guard,  &m_Help,   &m_Version};
 }
 
 const Option* Options::find(const Lib_String& strName)
@@ -232,7 +244,8 @@ Lib_String Options::find_Fault(int nArguments, wchar_t** ppArguments)
 Lib_String Options::find_Fault_Of_Task() const
 {
     const Option* pTask = nullptr;
-    for (const Option* pOption : {&m_File, &m_Serve, &m_Ask, &m_Watch, &m_Signal, &m_Guard})
+    for (const Option* pOption :
+         {&m_File, &m_Serve, &m_Ask, &m_Set, &m_Policy, &m_Watch, &m_Signal, &m_Guard})
     {
         if (pOption->Is_Set() && pTask != nullptr)
             return pTask->Get_Name() + L" and " + pOption->Get_Name() + L" are two tasks";

@@ -2,6 +2,7 @@
 #define PIN_DESK_OPTIONS_H
 
 #include "desk.h"
+#include "policy.h"
 #include "report.h"
 
 #include <array>
@@ -52,7 +53,8 @@ public:
 
     bool Wants_Help() const { return m_Help.Is_Set(); }
     bool Wants_Version() const { return m_Version.Is_Set(); }
-    Desk_Rules Get_Rules() const;
+    /// The policy counts for what the command line leaves open.
+    Desk_Rules Get_Rules(const Policy& policy) const;
     /// Of a report that is read while it is written, or afterwards.
     Report::Style Get_Style(bool bLive) const;
     const Lib_String& Get_File() const { return get_Text(m_File); }
@@ -64,8 +66,12 @@ public:
     const Lib_String& Get_Asked() const { return get_Text(m_Ask); }
     unsigned int Get_Patience() const { return get_Number(m_Idle); }
 
-    /// The names of the event to watch, to signal and to guard. The text that is not empty, of these and the
-    /// paths, is the task. When all are, it is the file.
+    /// The setting to write, `name=number`.
+    const Lib_String& Get_Setting() const { return get_Text(m_Set); }
+    bool Wants_Policy() const { return m_Policy.Is_Set(); }
+
+    /// The names of the event to watch, to signal and to guard. The text that is not empty, of these, the
+    /// paths and the setting, is the task. When all are and no policy is wanted, it is the file.
     const Lib_String& Get_Watched() const { return get_Text(m_Watch); }
     const Lib_String& Get_Signalled() const { return get_Text(m_Signal); }
     Lib_String Get_Guarded() const;
@@ -80,7 +86,7 @@ private:
     }
 
     /// All options, in the order of the help.
-    std::array<Option*, 17> all();
+    std::array<Option*, 20> all();
     const Option* find(const Lib_String& strName);
     Lib_String find_Fault(int nArguments, wchar_t** ppArguments);
     Lib_String find_Fault_Of_Task() const;
@@ -107,6 +113,9 @@ private:
     Option m_Local;
     Option m_Quiet;
     Option m_Expire;
+    Option m_Journal;
+    Option m_Set;
+    Option m_Policy;
     Option m_Serve;
     Option m_Ask;
     Option m_Idle;

@@ -1,10 +1,11 @@
 // The desk that keeps the PINs of its clients' cards: it takes requests from a file or from a socket, answers
 // each of them and prints a line for each answer, and shows the library at work on the way. Other tasks
-// watch, signal and guard a named event across processes.
+// watch, signal and guard a named event across processes, or write and list the user's policy.
 //
 // Exit codes: 0 when the file was read to its end or the limit, also with malformed lines in it; 1 when the
-// report could not be written, memory ran out or there is no cipher for PINs; 2 when the command line or the
-// file is no good. Those of the other tasks are told in socket_service.h and watch.h.
+// report could not be written, memory ran out or there is no cipher for PINs, no lock or no journal that was
+// asked for; 2 when the command line or the file is no good. Those of the other tasks are told in
+// socket_service.h, policy.h and watch.h.
 
 #include "file_service.h"
 #include "host.h"
@@ -25,11 +26,6 @@ namespace
 constexpr int EXIT_DONE = 0;
 constexpr int EXIT_BROKEN = 1;
 constexpr int EXIT_USAGE = 2;
-
-struct Close_File
-{
-    void operator()(std::FILE* pFile) const { std::fclose(pFile); }
-};
 
 class File_Source final : public Byte_Source
 {
@@ -102,6 +98,10 @@ int run(int nArguments, wchar_t** ppArguments)
         return Serve_Socket(options.Get_Served(), options);
     if (!options.Get_Asked().Is_Empty())
         return Ask_Socket(options.Get_Asked());
+    if (!options.Get_Setting().Is_Empty())
+        return Set_Policy(options.Get_Setting());
+    if (options.Wants_Policy())
+        return Print_Policy();
     if (!options.Get_Watched().Is_Empty())
         return Watch(options.Get_Watched(), options.Get_Seconds());
     if (!options.Get_Signalled().Is_Empty())

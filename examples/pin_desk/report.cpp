@@ -50,6 +50,8 @@ Lib_Buffer to_Bytes(unsigned long nNumber)
 Report::Report(const Style& style, const Clock& clock) : m_Style(style), m_Clock(clock)
 {
     m_Lock.Create(nullptr, false);
+    if (style.m_bJournal)
+        m_Journal.emplace();
 }
 
 void Report::Add_Answer(unsigned int nLine, const Client_Name& client, const Request& request,
@@ -64,6 +66,7 @@ void Report::Add_Answer(unsigned int nLine, const Client_Name& client, const Req
                    describe_Client(client).GetW(), Get_Operation_Name(request.m_Operation), pCard,
                    answer.m_bDone ? L"done" : L"refused", answer.m_strText.GetW());
     add_To_Audit(strLine);
+    add_To_Journal(strLine);
     if (!m_Style.m_bQuiet || !answer.m_bDone)
         print_Stamped(strLine);
 }
@@ -77,6 +80,7 @@ void Report::Add_Malformed(unsigned int nLine, const Client_Name* pClient, const
     if (pClient != nullptr)
         strLine += L", says session " + describe_Client(*pClient);
     add_To_Audit(strLine);
+    add_To_Journal(strLine);
     print_Stamped(strLine);
 }
 
@@ -84,6 +88,12 @@ void Report::Add_Note(const Lib_String& strText)
 {
     const Lock_Guard Guard(m_Lock);
     add_Note(strText);
+}
+
+void Report::Add_Notes(const std::vector<Lib_String>& Texts)
+{
+    for (const Lib_String& strText : Texts)
+        Add_Note(strText);
 }
 
 void Report::Session_Opened(unsigned int nSession)
@@ -158,6 +168,15 @@ void Report::add_To_Audit(const Lib_String& strLine)
     Bytes.Append(To_Utf8(strLine));
     m_nAudit = Lib_Cacl_CRC32(static_cast<unsigned char*>(Bytes.Get_Ptr()),
                               static_cast<unsigned long>(Bytes.Get_Size()));
+}
+
+/// What the desk does goes on without a journal, but not unsaid.
+void Report::add_To_Journal(const Lib_String& strLine)
+{
+    if (!m_Journal || m_Journal->Add(strLine))
+        return;
+    m_Journal.reset();
+    add_Note(L"the journal cannot be written and ends here");
 }
 
 Lib_String Report::describe_Audit() const

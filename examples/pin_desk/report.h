@@ -1,7 +1,10 @@
 #ifndef PIN_DESK_REPORT_H
 #define PIN_DESK_REPORT_H
 
+#include "journal.h"
 #include "session.h"
+
+#include <optional>
 
 /// Who asks: a client of a session. Number 0 is one that didn't tell clients apart.
 struct Client_Name
@@ -27,8 +30,10 @@ public:
         bool m_bQuiet;    ///< leaves out what was done
         bool m_bStamps;   ///< begins lines with the time by the clock
         bool m_bLive;     ///< shows each line at once, and sessions when they open and close
+        bool m_bJournal;  ///< appends each answer to the journal, printed or not
     };
 
+    /// Throws std::runtime_error if there is to be a journal and there is none to be had.
     Report(const Style& style, const Clock& clock);
     ~Report() override = default;
 
@@ -39,6 +44,7 @@ public:
 
     /// A line of its own about anything else.
     void Add_Note(const Lib_String& strText);
+    void Add_Notes(const std::vector<Lib_String>& Texts);
 
     /// The cards are those of the sessions that are open; null leaves cards out.
     void Print_Summary(const std::map<unsigned int, Session_Count>* pCards);
@@ -65,11 +71,13 @@ private:
     void add_Note(const Lib_String& strText) const;
     Lib_String make_Receipt() const;
     void add_To_Audit(const Lib_String& strLine);
+    void add_To_Journal(const Lib_String& strLine);
     Lib_String describe_Audit() const;
     void print_Stamped(const Lib_String& strLine) const;
 
     Style m_Style;
     Clock m_Clock;
+    std::optional<Journal> m_Journal;
     Lib_Mutex m_Lock; ///< of the output and of what follows
     Counts m_Total;
     std::map<unsigned int, Counts> m_Sessions;

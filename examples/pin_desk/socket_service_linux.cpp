@@ -365,8 +365,10 @@ int Serve_Socket(const Lib_String& strPath, const Options& options)
         Print_Line(L"The desk cannot serve on " + strPath + L": " + strFault + L".");
         return EXIT_NO_SOCKET;
     }
-    const Desk_Rules Rules = options.Get_Rules();
+    const Policy policy;
+    const Desk_Rules Rules = options.Get_Rules(policy);
     Report report(options.Get_Style(true), Rules.m_Clock);
+    report.Add_Notes(policy.Get_Faults());
     {
         Sessions All(Rules, report);
         Service service{All, report, Rules.m_Clock, options.Get_Patience()};
