@@ -92,7 +92,7 @@ void test_Tries()
 void test_Expiry()
 {
     const std::string strServe =
-        "$P -serve s -journal OPTION >log & "
+        ": >log; $P -serve s -journal OPTION >>log & "
         "while ! grep -q 'serves on' log; do sleep 0.05; done; "
         "{ echo op=store card=1 owner=A pin=7351; sleep 1.3; echo op=check card=1 pin=7351; } | $P -ask s; "
         "kill $!; wait $!";
