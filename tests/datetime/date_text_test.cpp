@@ -168,6 +168,7 @@ TEST(Date_Text, Is_Read_In_The_Order_That_Fits)
                      {L"04/13/12", day(2012, 4, 13)},
                      {L"13/12/04", day(2013, 12, 4)},
                      {L"1/2/49", day(2049, 1, 2)},
+                     {L"40/1/2", day(2040, 1, 2)},
                      {L"1/2/50", day(1950, 1, 2)},
                      {L"1/2/100", day(100, 1, 2)},
                      {L"12/2026", day(2026, 12, 1)},
@@ -183,6 +184,7 @@ TEST(Date_Text, Is_Read_In_The_Order_That_Fits)
                      {L"31-12-2026", day(2026, 12, 31)},
                      {L"26-12-31", day(2026, 12, 31)},
                      {L"1/2/3", day(2001, 2, 3)},
+                     {L"1/31/2", day(2002, 1, 31)},
                      {L"1/2/31", day(2031, 1, 2)}},
                     SV);
 }
@@ -192,6 +194,7 @@ TEST(Date_Text, Means_The_Present_Year_When_It_Has_None)
     const int nYear = current_Year();
     EXPECT_EQ(day(nYear, 1, 2), read(L"1/2"));
     EXPECT_EQ(day(nYear, 1, 31), read(L"31/1"));
+    EXPECT_EQ(day(nYear, 12, 31), read(L"31.12", DE));
     EXPECT_EQ(day(nYear, 2, 1), read(L"1/2", EN_GB));
 }
 
@@ -296,6 +299,12 @@ TEST(Date_Text, Is_Refused_When_It_Is_No_Date)
                                  L"1/2/2004 x",
                                  L"1/2/2004 5/6/2004",
                                  L"24:00",
+                                 L"1/40/2",
+                                 L"Jan",
+                                 L"/1/2/2004",
+                                 L"1/2/2004.",
+                                 L"10:30 10:31",
+                                 L"10:",
                                  L"23:60",
                                  L"10:30:60",
                                  L"1:2:3:4",

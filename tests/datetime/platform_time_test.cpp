@@ -143,6 +143,8 @@ TEST(Platform_Time, Turns_Fields_Into_The_Variant_Form)
     EXPECT_DOUBLE_EQ(36526.0 + 86399 / 86400.0, to_Variant(make_Fields(2000, 1, 1, 23, 59, 59, 999)));
     EXPECT_EQ(-1.25, to_Variant(make_Fields(1899, 12, 29, 6)));
     EXPECT_EQ(to_Variant(make_Fields(2049, 1, 1)), to_Variant(make_Fields(49, 1, 1)));
+    EXPECT_EQ(to_Variant(make_Fields(1950, 1, 1)), to_Variant(make_Fields(50, 1, 1)));
+    EXPECT_EQ(to_Variant(make_Fields(1999, 12, 1)), to_Variant(make_Fields(2000, 0, 1)));
     EXPECT_EQ(to_Variant(make_Fields(2000, 3, 1)), to_Variant(make_Fields(2000, 2, 30)));
     double dtValue = 7.0;
     for (SYSTEMTIME Time : {make_Fields(10000, 1, 1), make_Fields(2000, 13, 1), make_Fields(2000, 1, 32)})

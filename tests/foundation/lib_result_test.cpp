@@ -37,6 +37,8 @@ TEST(Result, Keeps_What_Is_The_Callers)
     EXPECT_EQ(0U, result.Get_Additional_Info());
     EXPECT_TRUE(result.Get_Error_Info().Is_Empty());
     result = copy;
+    const Lib_Result& self = result;
+    result = self;
     EXPECT_TRUE(result == Lib_Result(3, 4));
     EXPECT_EQ(7U, result.Get_Additional_Info());
     EXPECT_TEXT_EQ(L"what was tried", result.Get_Error_Info());

@@ -72,6 +72,7 @@ TEST(Set, Puts_One_Child_In_The_Place_Of_A_Removed_Element)
          5,
          {8, 7, 3, 1, 4, 9}}, // of the root, and of a greater child, the greater one
         {{10, 15, 20, 12, 18}, 15, {10, 20, 18, 12}},
+        {{5, 3, 1, 4}, 5, {3, 1, 4}},
         {{10, 15, 12, 11}, 15, {10, 12, 11}},
         {{10, 5, 3, 4, 7, 6}, 5, {10, 3, 4, 7, 6}}, // of a lesser child the lesser one
         {{10, 5, 7, 6}, 5, {10, 7, 6}},

@@ -61,6 +61,8 @@ TEST(Guid, Compares_With_Plain_Values)
     EXPECT_FALSE(copy == other || other == copy);
     static_cast<_GUID&>(guid).Data4[7] ^= 1;
     EXPECT_TRUE(guid == other && guid != copy);
+    guid = SAMPLE;
+    EXPECT_TRUE(guid == copy);
 }
 
 TEST(Guid, Is_Less_When_Its_Bytes_Are_Greater)
@@ -86,6 +88,7 @@ TEST(Guid, Reads_The_Form_In_Braces_Alone)
         {L"{1234567g-9abc-def0-1234-56789abcdef0}", "01234567-abab-abab-abab-abababababab"},
         {L"{12345678+9abc-def0-1234-56789abcdef0}", "12345678-abab-abab-abab-abababababab"},
         {L"{12345678-9a", "12345678-009a-abab-abab-abababababab"},
+        {L"{12345678-9abc-defx-1234-56789abcdef0}", "12345678-9abc-0def-abab-abababababab"},
         {L"{12345678-9abc-def0-12 4-56789abcdef0}", "12345678-9abc-def0-12ab-abababababab"},
         {L"{12345678-9abc-def0-1234-56789abcdef0", "12345678-9abc-def0-1234-56789abcdef0"},
         {L"{12345678-9abc-def0-1234-56789abcdef0}x", "12345678-9abc-def0-1234-56789abcdef0"},

@@ -115,6 +115,23 @@ TEST(Security_Descriptor, Refuses_What_It_Does_Not_Know)
     EXPECT_EQ(1338U, Error_Of([&] { return SetSecurityDescriptorDacl(&descriptor, TRUE, nullptr, FALSE); }));
 }
 
+TEST(Security_Descriptor, Is_Read_In_Self_Relative_Form_Too)
+{
+    struct
+    {
+        SECURITY_DESCRIPTOR_RELATIVE m_Descriptor;
+        ACL m_Dacl;
+    } block{};
+    block.m_Descriptor = {1, 0, SE_SELF_RELATIVE | SE_DACL_PRESENT, 0, 0, 0, sizeof block.m_Descriptor};
+    ASSERT_TRUE(InitializeAcl(&block.m_Dacl, sizeof block.m_Dacl, 2));
+    BOOL present = FALSE;
+    BOOL defaulted = TRUE;
+    PACL dacl = nullptr;
+    ASSERT_TRUE(GetSecurityDescriptorDacl(&block, &present, &dacl, &defaulted));
+    EXPECT_TRUE(present == TRUE && defaulted == FALSE && dacl == &block.m_Dacl);
+    EXPECT_TRUE(IsValidSecurityDescriptor(&block));
+}
+
 TEST(Sid, Has_The_Platforms_Layout)
 {
     PSID sid = Make_Sid(2, 0x1000);

@@ -37,6 +37,7 @@ TYPED_TEST(Format, Reserves_By_The_Rules_For_Literals_And_Numbers)
     Expect(T("-7x"), 32 + 1, T("%dx"), -7);
     Expect(T("                              0000000007"), 50, T("%40.10d"), 7);
     Expect(T("0xff"), 34, T("%#x"), 255);
+    Expect(T("+7 7"), 2 * 32, T("%+d% d"), 7, 7);
     Expect(T("  7ab"), 32 + 2, T("%*d%s"), 3, 7, T("ab"));
     Expect(T("7  ab"), 32 + 2, T("%*d%s"), -3, 7, T("ab"));
     Expect(T("7                                       "), 40, T("%*d"), -40, 7);
@@ -85,6 +86,7 @@ TYPED_TEST(Format, Reserves_By_The_Rules_For_Texts)
     Expect(T("(null)"), 6, T("%s"), pNull);
     Expect(T("(n"), 2, T("%.2s"), pNull);
     Expect(T("ab   "), 5, T("%-5s"), T("ab"));
+    Expect(T("ab"), 2, T("%.2s"), T("abcd"));
     Expect(T("    a"), 5, T("%5.1s"), T("abc"));
     Expect(T(""), 3, T("%.0s"), T("abc"));
     Expect(T("abc"), 3, T("%.*s"), -1, T("abc"));

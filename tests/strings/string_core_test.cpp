@@ -57,6 +57,8 @@ TYPED_TEST(String_Core, Takes_And_Appends_Text_Of_Its_Own)
 {
     using Char = Char_Of<TypeParam>;
     Open<TypeParam> text(T("abcdef"));
+    text = static_cast<const Char*>(text);
+    EXPECT_TEXT_EQ(T("abcdef"), text);
     text = static_cast<const Char*>(text) + 2;
     EXPECT_TEXT_EQ(T("cdef"), text);
     text += static_cast<const Char*>(text) + 2;

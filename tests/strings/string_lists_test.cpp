@@ -67,6 +67,7 @@ TEST(String_Lists, Parse_Reads_Keys_And_Values)
         {L"a=x y b=2", {{L"a", L"x y"}, {L"b", L"2"}}},
         {L"a=1  b=2", {{L"a", L"1 "}, {L"b", L"2"}}},
         {L"a= b=c", {{L"b", L"c"}}},
+        {L"a=b=c", {{L"b", L"c"}}},
         {L"a=1 =2", {{L"a", L"1"}}},
         {L"=x y=z", {{L"", L"x"}, {L"y", L"z"}}},
         {L" =x", {{L"", L"x"}}},

@@ -35,9 +35,10 @@ TEST(Text_Utilities, Turn_Values_Into_Text_And_Back)
         int m_nBase, m_nValue;
     };
     const Row rows[] = {
-        {L"12abc", 10, 12}, {L"", 10, 0},     {L"99999999999", 10, 2147483647},
-        {L"0xfF", 16, 255}, {L"010", 0, 8},   {L"7", 1, 0},
-        {L"7", 37, 0},      {nullptr, 10, 0},
+        {L"12abc", 10, 12}, {L"", 10, 0},   {L"99999999999", 10, 2147483647},
+        {L"0xfF", 16, 255}, {L"010", 0, 8}, {L"7", 1, 0},
+        {L"7", 37, 0},      {L"7", -10, 0}, {L"0x", 16, 0},
+        {L"0x1F", 0, 31},   {L"10", 0, 10}, {nullptr, 10, 0},
     };
     for (const Row& row : rows)
     {
@@ -79,6 +80,7 @@ TEST(Text_Utilities, Hex_Text_Is_Written_And_Read)
     Lib_Write_Buffer(3, nullptr, strOutput, 0);
     EXPECT_TRUE(strOutput.Is_Empty());
     EXPECT_EQ(Bytes(2), Read(nullptr, 0)) << "left as it was";
+    EXPECT_EQ(Bytes(2), Read(L"", L':'));
 
     const std::pair<const wchar_t*, Bytes> plain[] = {
         {L"0a0B", {10, 11}}, {L"abc", {0xAB, 0x0C}}, {L"zz1z", {0, 1}}, {L"-1+2", {255, 2}}, {L" 3x", {3, 0}},
@@ -93,6 +95,7 @@ TEST(Text_Utilities, Hex_Text_Is_Written_And_Read)
         {L":ab", {0xAB}},
         {L"1:2:3", {0x12, 3}},
         {L"a:", {}},
+        {L"ab:", {0xAB}},
     };
     for (const auto& [pText, bytes] : separated)
         EXPECT_EQ(bytes, Read(pText, L':')) << testing::PrintToString(Lib_String(pText));
@@ -116,14 +119,14 @@ TEST(Text_Utilities, Hex_Text_Is_Written_And_Read)
 namespace
 {
 
-// A text that no buffer on the stack holds, with characters of every length in UTF-8.
+// Characters of every length in UTF-8 between stretches of ASCII.
 Units<wchar_t> Long_Text(std::size_t nRounds)
 {
-    Units<wchar_t> units;
+    Units<wchar_t> units{L'a'};
     for (std::size_t i = 0; i < nRounds; ++i)
     {
-        units.insert(units.end(), i % 40, L'a');
         units.insert(units.end(), {L'\xE9', L'\x20AC', L'\xD83D', L'\xDE00'});
+        units.insert(units.end(), i % 40, L'a');
     }
     return units;
 }
@@ -132,11 +135,13 @@ Units<wchar_t> Long_Text(std::size_t nRounds)
 
 TEST(Text_Utilities, Utf8_Takes_Texts_There_And_Back)
 {
+    Units<wchar_t> deceptive(1000, L'a'); // ASCII where one looks
+    deceptive[7] = L'\x20AC';
     Lib_Buffer utf8(3);
     Lib_String text;
-    for (const std::size_t nRounds : {1U, 10U, 100U, 5000U})
+    for (const Units<wchar_t>& units : {Long_Text(1), Long_Text(100), Long_Text(5000), deceptive,
+                                        Units<wchar_t>(5, L'a'), Units<wchar_t>(1000, L'a')})
     {
-        const Units<wchar_t> units = Long_Text(nRounds);
         ASSERT_TRUE(Lib_WString_To_UTF8_Buffer(units.data(), static_cast<unsigned long>(units.size()), utf8));
         Bytes bytes = To_Bytes(utf8); // a block that ends with the text
         ASSERT_TRUE(Lib_UTF8_Buffer_To_WString(bytes.data(), static_cast<unsigned long>(bytes.size()), text));
@@ -173,4 +178,5 @@ TEST(Text_Utilities, Narrow_What_Looks_Like_Wide_Text)
     const Bytes expected(narrow, narrow + sizeof(narrow) - 1);
     EXPECT_EQ(expected, Converted(wide, sizeof(wide))) << "up to its NUL";
     EXPECT_EQ(expected, Converted(narrow, sizeof(narrow) - 1)) << "8-bit text stays";
+    EXPECT_EQ(Bytes(), To_Bytes(convertWcharToChar(Lib_Buffer())));
 }
