@@ -141,13 +141,14 @@ void File_Service::report(const Job& job)
         m_Report.Add_Malformed(job.m_nLine, nullptr, job.m_strFault);
 }
 
-void serve_Line(unsigned int nLine, const Lib_String& strLine, const Clock& clock, File_Service& Service)
+void serve_Line(unsigned int nLine, Lib_String& strLine, const Clock& clock, File_Service& Service)
 {
     if (strLine.Is_Empty() || strLine.Get_At(0) == L'#')
         return;
     Request request;
     Lib_String strFault;
     const bool bRead = Read_Request(strLine, clock, request, strFault);
+    strLine.Empty(); // serving may take long
     Wipe_Stack();
     if (bRead)
         Service.Add_Request(nLine, request);

@@ -1,5 +1,6 @@
 #include "request.h"
 
+#include <algorithm>
 #include <iterator>
 #include <memory>
 #include <stdexcept>
@@ -90,10 +91,19 @@ bool read_Series(const Lib_String& strValue, Request& Result)
     return consists_Of(strValue, LETTERS, 1, 4);
 }
 
+/// What steers terminals, ends lines or turns the direction of writing: names are shown to others.
+bool steers(wchar_t ch)
+{
+    return ch < 0x20 || (ch >= 0x7F && ch <= 0x9F) || ch == 0x200E || ch == 0x200F ||
+           (ch >= 0x2028 && ch <= 0x202E) || (ch >= 0x2066 && ch <= 0x2069);
+}
+
 bool read_Owner(const Lib_String& strValue, Request& Result)
 {
     Result.m_strOwner = strValue;
-    return !strValue.Is_Empty() && strValue.Get_Length() <= 60 && strValue.Find(L'\t') < 0;
+    const wchar_t* const pText = strValue;
+    return !strValue.Is_Empty() && strValue.Get_Length() <= 60 &&
+           std::none_of(pText, pText + strValue.Get_Length(), steers);
 }
 
 /// A PIN that cannot be enciphered comes back empty: without a cipher the desk must not go on.

@@ -13,6 +13,7 @@
 #include <csignal>
 #include <exception>
 #include <list>
+#include <stdexcept>
 
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -107,7 +108,7 @@ private:
     bool limit_Silence();
     void serve_All();
     void serve_Lines(Sessions::Visit& Visit);
-    bool serve_Line(unsigned int nLine, const Lib_String& strLine, Sessions::Visit& Visit);
+    bool serve_Line(unsigned int nLine, Lib_String& strLine, Sessions::Visit& Visit); ///< empties the line
     bool answer(unsigned int nLine, const Request& request, Sessions::Visit& Visit);
     bool tell_Malformed(unsigned int nLine, const Lib_String& strFault);
     bool say(const Lib_String& strLine) const { return send_All(m_Socket.Get(), strLine, 0); }
@@ -147,7 +148,8 @@ bool Connection::Start()
     return false;
 }
 
-/// A client who neither asks nor takes his answers keeps his thread for no longer than this.
+/// A client of whom nothing comes, or who takes nothing of an answer, keeps his thread for no longer than
+/// this.
 bool Connection::limit_Silence()
 {
     const timeval Time{static_cast<time_t>(m_Service.m_nPatience), 0};
@@ -172,6 +174,7 @@ unsigned int Connection::run(void* pConnection)
     {
         std::fprintf(stderr, "pin_desk: client %u: %s\n", connection.m_nNumber, Error.what());
     }
+    Wipe_Stack();
     shutdown(connection.m_Socket.Get(), SHUT_RDWR);
     connection.m_bEnded = true;
     const std::uint64_t nOne = 1;
@@ -208,13 +211,16 @@ void Connection::serve_Lines(Sessions::Visit& Visit)
     }
 }
 
-bool Connection::serve_Line(unsigned int nLine, const Lib_String& strLine, Sessions::Visit& Visit)
+bool Connection::serve_Line(unsigned int nLine, Lib_String& strLine, Sessions::Visit& Visit)
 {
     if (strLine.Is_Empty() || strLine.Get_At(0) == L'#')
         return true;
     Request request;
     Lib_String strFault;
-    if (!Read_Request(strLine, m_Service.m_Clock, request, strFault))
+    const bool bRead = Read_Request(strLine, m_Service.m_Clock, request, strFault);
+    strLine.Empty(); // serving and answering may take long
+    Wipe_Stack();
+    if (!bRead)
         return tell_Malformed(nLine, strFault);
     if (request.m_nClient != 0 || request.m_Session.value_or(m_nSession) != m_nSession)
         return tell_Malformed(nLine, L"who asks is known from the socket");
@@ -246,8 +252,10 @@ public:
         sigemptyset(&m_Set);
         sigaddset(&m_Set, SIGINT);
         sigaddset(&m_Set, SIGTERM);
-        pthread_sigmask(SIG_BLOCK, &m_Set, nullptr);
         m_File = Descriptor(signalfd(-1, &m_Set, SFD_CLOEXEC | SFD_NONBLOCK));
+        if (!m_File.Is_Open())
+            throw std::runtime_error("signals cannot be waited for");
+        pthread_sigmask(SIG_BLOCK, &m_Set, nullptr);
     }
 
     int Get() const { return m_File.Get(); }
@@ -326,8 +334,17 @@ void Reception::accept_One()
         send_All(Socket.Get(), L"refused: too many clients", MSG_DONTWAIT);
         return;
     }
-    Connection& connection = m_Connections.emplace_back(m_Service, std::move(Socket), m_nNumber);
-    if (!connection.Start())
+    const std::size_t nBefore = m_Connections.size();
+    bool bStarted = false;
+    try
+    {
+        bStarted = m_Connections.emplace_back(m_Service, std::move(Socket), m_nNumber).Start();
+    }
+    catch (const std::exception& Error) // the others are served on
+    {
+        std::fprintf(stderr, "pin_desk: client %u is not served: %s\n", m_nNumber, Error.what());
+    }
+    if (!bStarted && m_Connections.size() > nBefore)
         m_Connections.pop_back();
 }
 
@@ -372,6 +389,8 @@ int Serve_Socket(const Lib_String& strPath, const Options& options)
     {
         Sessions All(Rules, report);
         Service service{All, report, Rules.m_Clock, options.Get_Patience()};
+        if (!service.m_Ended.Is_Open())
+            throw std::runtime_error("the ends of clients cannot be waited for");
         Reception reception(service, listener);
         report.Add_Note(L"the desk serves on " + strPath);
         reception.Work(Signals);

@@ -81,7 +81,7 @@ void work(Lib_Environment_Manager& manager, unsigned int nSession)
 
 TEST(Environment_Threads, Share_The_Environments_Of_Their_Sessions)
 {
-    constexpr unsigned int nRounds = test_support::Windows_Target ? 60 : 100000;
+    constexpr unsigned int nRounds = test_support::Windows_Target ? 60 : 5000;
     s_Counts = Counts();
     {
         Lib_Environment_Manager manager(create, free, prepare, ready);

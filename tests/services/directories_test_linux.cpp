@@ -67,7 +67,14 @@ TEST(Directories_On_Linux, Follow_The_Desktops_Convention)
         EXPECT_EQ("/home/\xD0\x96 user/.local/share", Native(localDirectoryPath()));
         EXPECT_EQ("/home/\xD0\x96 user/.local/state/Vorel Co/Quillon", Native(pinCacheDirectory()));
     }
-    const Variable data("XDG_DATA_HOME", "/srv/data");
+    {
+        const Variable root("HOME", "//");
+        const Variable data("XDG_DATA_HOME", nullptr);
+        const Variable state("XDG_STATE_HOME", nullptr);
+        EXPECT_EQ("/.local/share", Native(localDirectoryPath()));
+        EXPECT_EQ("/.local/state/Vorel Co", Native(companyDirectory()));
+    }
+    const Variable data("XDG_DATA_HOME", "/srv/data/");
     const Variable state("XDG_STATE_HOME", "/srv/state");
     EXPECT_EQ("/srv/data", Native(localDirectoryPath()));
     EXPECT_EQ(0, localLowDirectoryPath().Compare(L"\\srv\\state"));

@@ -4,7 +4,6 @@
 #include "test_text.h"
 
 #include <cstring>
-#include <string>
 #include <vector>
 
 namespace
@@ -173,7 +172,6 @@ TEST_F(Registry, Fills_An_Array_And_No_More)
 
 TEST_F(Registry, Lists_Names_That_Have_Room)
 {
-    const std::vector<std::string> expected = {"One", "Two"};
     EXPECT_TRUE(write(L"One", {1}));
     EXPECT_TRUE(write(L"Two", {2, 2}));
     Lib_Buffer Data;

@@ -155,6 +155,13 @@ if("${EMULATOR}" STREQUAL "")
                  "4  malformed: the line is not UTF-8" "    5  " "5 requests: 2 done")
 endif()
 
+# Names are shown to others, so nothing in them may steer a terminal.
+string(ASCII 27 escape)
+file(WRITE "${WORK}/steering.txt" "op=store card=1 owner=A${escape}[2J pin=1234\nop=store card=1 owner=B pin=1234\n")
+run(-in "${WORK}/steering.txt")
+expect("a name with a control character" CODE 0 TEXTS "1  malformed: " "a name of up to 60 characters"
+       "stored for B")
+
 # Dates of requests and stamps in the user's locale.
 file(WRITE "${WORK}/dates.txt" "op=store card=1 owner=A pin=1234 until=31.12.2099 18:00\nop=show card=1\n"
      "op=store card=2 owner=B pin=1234 until=1.5.2001\nop=check card=2 pin=1234\n"

@@ -14,12 +14,22 @@
 namespace qn_platform
 {
 
+/// Without slashes at the end; the root is "/" still.
+inline std::string Strip_Slashes(std::string folder)
+{
+    while (folder.size() > 1 && folder.back() == '/')
+    {
+        folder.pop_back();
+    }
+    return folder;
+}
+
 /// A folder that the environment names. Programs that run with more rights than their caller has do not ask
 /// it; a relative path counts as none.
 inline std::string Get_Named_Folder(const char* variable)
 {
     const char* const folder = secure_getenv(variable);
-    return folder != nullptr && *folder == '/' ? folder : "";
+    return folder != nullptr && *folder == '/' ? Strip_Slashes(folder) : "";
 }
 
 /// That of the environment, or else of the user database; empty if neither knows one.
@@ -35,7 +45,7 @@ inline std::string Get_Home()
     passwd* found = nullptr;
     const bool good = getpwuid_r(geteuid(), &record, texts.data(), texts.size(), &found) == 0 &&
                       found != nullptr && *record.pw_dir == '/';
-    return good ? record.pw_dir : "";
+    return good ? Strip_Slashes(record.pw_dir) : "";
 }
 
 /// The folder that the variable names, or the default place in the home ("/.local/share"); empty if there is
@@ -48,7 +58,7 @@ inline std::string Get_User_Folder(const char* variable, const char* below_home)
         return named;
     }
     const std::string home = Get_Home();
-    return home.empty() ? home : home + below_home;
+    return home.size() <= 1 ? (home.empty() ? home : below_home) : home + below_home;
 }
 
 } // namespace qn_platform
