@@ -7,11 +7,10 @@
 
 // Folders of the user, and the two forms of a path. Included through lib_platform.h only.
 //
-// | folder                   | is                | by default     | for |
-// |--------------------------|-------------------|----------------|-------------------------------------------|
-// | CSIDL_APPDATA            | `$XDG_DATA_HOME`  | ~/.local/share | data that follow the user to a new
-// machine | | FOLDERID_LocalAppDataLow | `$XDG_STATE_HOME` | ~/.local/state | data of this machine, journals,
-// caches    |
+// | folder                   | is                | by default     | for                          |
+// |--------------------------|-------------------|----------------|------------------------------|
+// | CSIDL_APPDATA            | `$XDG_DATA_HOME`  | ~/.local/share | data that move with the user |
+// | FOLDERID_LocalAppDataLow | `$XDG_STATE_HOME` | ~/.local/state | data of this machine alone   |
 //
 // These are the places of the desktop's base-directory convention (XDG Base Directory Specification 0.8).
 // They are asked for anew at each call; a variable that holds no absolute path counts as none, and a program
