@@ -190,6 +190,14 @@ TEST_F(Registry_Store, Needs_A_Place)
     setenv("HOME", "/root", 1);
 }
 
+TEST_F(Registry_Store, Is_Not_Made_Behind_A_Link_That_Leads_Nowhere)
+{
+    const std::string strLink = m_strFolder + "/link";
+    ASSERT_EQ(0, symlink("/nowhere/at/all", strLink.c_str()));
+    setenv("XDG_DATA_HOME", strLink.c_str(), 1);
+    Expect_Codes(HKEY_CURRENT_USER, 2, 3);
+}
+
 TEST_F(Registry_Store, Is_Not_Overwritten_When_It_Is_No_Good)
 {
     const std::string strTable = "CREATE TABLE t(x); INSERT INTO t VALUES (1);";

@@ -17,18 +17,26 @@ using namespace qn_platform;
 namespace
 {
 
-/// Makes a folder and those above it. A mode that others shall see is set against the process's mask.
-int make_Folder(const std::string& folder, mode_t mode)
+/// Makes one folder. A mode that others shall see is set against the process's mask.
+int make_One(const std::string& folder, mode_t mode)
 {
     if (mkdir(folder.c_str(), mode) == 0)
         return (mode & S_IROTH) != 0 && chmod(folder.c_str(), mode) != 0 ? errno : 0;
+    if (errno != EEXIST)
+        return errno;
+    struct stat status = {};
+    return stat(folder.c_str(), &status) != 0 ? errno : S_ISDIR(status.st_mode) ? 0 : ENOTDIR;
+}
+
+/// The same with those above it. A link that leads nowhere stands in the way of both.
+int make_Folder(const std::string& folder, mode_t mode)
+{
+    const int error = make_One(folder, mode);
     const std::size_t end = folder.rfind('/');
-    if (errno == ENOENT && end != 0 && end != std::string::npos)
-    {
-        const int error = make_Folder(folder.substr(0, end), mode);
-        return error == 0 ? make_Folder(folder, mode) : error;
-    }
-    return errno == EEXIST ? 0 : errno;
+    if (error != ENOENT || end == 0 || end == std::string::npos)
+        return error;
+    const int above = make_Folder(folder.substr(0, end), mode);
+    return above == 0 ? make_One(folder, mode) : above;
 }
 
 DWORD check_Access(const std::string& path, int access)
