@@ -38,6 +38,7 @@ int main(int nArguments, char** ppArguments)
     Add_Date_Rows();
     Add_Environment_Rows();
     Add_Thread_Rows();
+    Add_Registry_Rows();
     Report report(bAll);
     const bool bAny = benchmark::RunSpecifiedBenchmarks(&report) != 0;
     benchmark::ClearRegisteredBenchmarks(); // ends the threads and processes that some works started

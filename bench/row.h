@@ -68,5 +68,6 @@ void Add_Kernel_Rows();
 void Add_Date_Rows();
 void Add_Environment_Rows();
 void Add_Thread_Rows();
+void Add_Registry_Rows();
 
 #endif

@@ -55,9 +55,9 @@ LIB_API void CoTaskMemFree(LPVOID block);
 LIB_API int SHCreateDirectory(HWND owner, LPCWSTR path);
 
 /// The native form of a path, in UTF-8, with slashes for backslashes, for Linux's own calls. Answers the
-/// bytes written, the NUL included, or those needed if `size` is 0. 0 with the last error 87 for a null path
-/// and a null `native` with a size, 122 if it has too little room (nothing is written), 1113 for half a
-/// surrogate pair, 8 when memory is short.
+/// bytes written, the NUL included, or those needed if `size` is 0. 0 with the last error 87 for a null path,
+/// a negative size and a null `native` with a size, 122 if it has too little room (nothing is written), 1113
+/// for half a surrogate pair, 8 when memory is short.
 LIB_API int Lib_Get_Native_Path(LPCWSTR path, char* native, int size);
 
 } // namespace qn_platform

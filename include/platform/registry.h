@@ -24,6 +24,7 @@
 // |------|------------------------------------------------------------------------------------------------|
 // | 2    | there is no such key or value |
 // | 3    | there is no place for the user's store: no data folder and no home |
+// | 4    | the process has no file descriptor left, or a million keys open |
 // | 5    | the handle was not opened for that; the store may not be opened, or not be written, by this user |
 // | 6    | the handle is null, closed, or none of a key |
 // | 8    | memory is short |
@@ -33,6 +34,7 @@
 // | 126  | the provider advapi32, or SQLite, is missing |
 // | 161  | a path that begins with a backslash |
 // | 170  | another process holds the store for longer than a minute |
+// | 206  | the way to the store is too long; a path with more than 512 keys that are to be made |
 // | 1009 | the file is damaged, or no store at all; nothing is written to it |
 // | 1016 | the system could not read or write the file |
 // | 1017 | the file is a database of something else; nothing is written to it |
@@ -117,10 +119,11 @@ LIB_API LSTATUS RegCloseKey(HKEY key);
 LIB_API LSTATUS RegQueryValueExW(HKEY key, LPCWSTR name, LPDWORD reserved, LPDWORD type, LPBYTE data,
                                  LPDWORD size);
 
-/// Reads the value at a place in the order of names; 259 beyond the last one. Needs KEY_QUERY_VALUE.
-/// `*name_length` tells the room in units, the NUL included, and then the length without it. With 234 either
-/// the name has no room (only `type` and `size` are written then), or the data: then `*size` tells what is
-/// needed. `type`, `data` and `size` as in RegQueryValueExW; 87 for a null `name` or `name_length`.
+/// Reads the value at a place in the order of the bytes of the names in capitals; 259 beyond the last one.
+/// Needs KEY_QUERY_VALUE. `*name_length` tells the room in units, the NUL included, and then the length
+/// without it. With 234 either the name has no room (only `type` and `size` are written then), or the data:
+/// then `*size` tells what is needed. `type`, `data` and `size` as in RegQueryValueExW; 87 for a null `name`
+/// or `name_length`.
 LIB_API LSTATUS RegEnumValueW(HKEY key, DWORD index, LPWSTR name, LPDWORD name_length, LPDWORD reserved,
                               LPDWORD type, LPBYTE data, LPDWORD size);
 
@@ -134,12 +137,12 @@ LIB_API LSTATUS RegSetValueExW(HKEY key, LPCWSTR name, DWORD reserved, DWORD typ
 /// for a path in the store.
 LIB_API LSTATUS RegDeleteKeyValueW(HKEY key, LPCWSTR path, LPCWSTR name);
 
-/// Tells the key below `key` at a place in the order of names; 259 beyond the last one. Needs
-/// KEY_ENUMERATE_SUB_KEYS. `*name_length` and `*class_length` tell the room in units, the NUL included, and
-/// then the length without it; 234, with nothing written, when either is too little. `class_name` and
-/// `class_length` may be null together. `written` (may be null) is when the key or one of its values was
-/// last changed. 87 for a null `name_length`, a null `name` with room, a `class_name` without a length, and
-/// for a `reserved` that is not null.
+/// Tells the key below `key` at a place in the order of the bytes of the names in capitals; 259 beyond the
+/// last one. Needs KEY_ENUMERATE_SUB_KEYS. `*name_length` and `*class_length` tell the room in units, the NUL
+/// included, and then the length without it; 234, with nothing written, when either is too little.
+/// `class_name` and `class_length` may be null together. `written` (may be null) is when the key or one of
+/// its values was last changed. 87 for a null `name_length`, a null `name` with room, a `class_name` without
+/// a length, and for a `reserved` that is not null.
 LIB_API LSTATUS RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, LPDWORD name_length, LPDWORD reserved,
                               LPWSTR class_name, LPDWORD class_length, LPFILETIME written);
 

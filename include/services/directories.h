@@ -28,7 +28,8 @@ LIB_API Lib_StringW companyDirectory();
 LIB_API Lib_StringW pinCacheDirectory();
 
 /// The same, and makes it and what is missing above it, for the user alone (on Linux with the mode 0700; on
-/// Windows with the rights that are inherited). Those texts, and "Error creating directory".
+/// Windows with the rights that are inherited); what is there already keeps its owner and its mode, whatever
+/// they are. Those texts, and "Error creating directory".
 LIB_API Lib_StringW createPinCacheDirectory();
 
 #endif

@@ -25,12 +25,13 @@
 /// Closes a key that the caller has opened.
 LIB_API bool Lib_Reg_Close_Key(HKEY hKey, long* pError);
 
-/// Opens a key for reading (KEY_READ) or writing (KEY_WRITE). The caller closes it.
+/// Opens a key for reading (KEY_READ) or writing (KEY_WRITE). The caller closes it. A failure may set hOpened
+/// to null: let it not be the variable that alone holds hKey.
 LIB_API bool Lib_Reg_Open_Key(HKEY hKey, bool bRead, const wchar_t* pSubkey, HKEY& hOpened, long* pError);
 
 /// Opens a key for reading and writing, and makes it and those above it where they are missing. The path is
 /// the two pieces with one backslash between them, or the one that is not null, or null. The caller closes
-/// the key.
+/// the key. A failure may set hCreated to null.
 LIB_API bool Lib_Reg_Create_Key(HKEY hKey, const wchar_t* pPath, const wchar_t* pPath_Below, HKEY& hCreated,
                                 long* pError);
 
@@ -70,8 +71,8 @@ LIB_API bool Lib_Reg_Read_DWord(HKEY hKey, const wchar_t* pSubkey, const wchar_t
 LIB_API bool Lib_Reg_Read_String(HKEY hKey, const wchar_t* pSubkey, const wchar_t* pName,
                                  Lib_String& strValue, long* pError);
 
-/// Writes a value of ulSize bytes; the subkey, unless null, is made where it is missing. On Linux 1450 for
-/// more than 64 MiB.
+/// Writes a value of ulSize bytes; the subkey, unless null, is made where it is missing, and stays also when
+/// the writing fails. Of ulType the low 32 bits are written. On Linux 1450 for more than 64 MiB.
 LIB_API bool Lib_Reg_Write(HKEY hKey, const wchar_t* pSubkey, const wchar_t* pName, unsigned long ulType,
                            unsigned long ulSize, unsigned char* pData, long* pError);
 

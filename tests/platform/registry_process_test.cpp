@@ -141,7 +141,7 @@ protected:
 
 TEST_F(Registry_Processes, Write_And_List_At_Once)
 {
-    constexpr milliseconds Time{400};
+    constexpr milliseconds Time{2000};
     Test_Process one([=](const Talk&) { return change_For(Time, 1); });
     Test_Process other([=](const Talk&) { return change_For(Time, 2); });
     Elsewhere(

@@ -172,6 +172,13 @@ TEST_F(Registry_Store, Of_The_Machine_Is_Read_By_All_And_Written_By_Its_Owner)
         });
     ASSERT_EQ('+', owner.Hear());
     Expect_Codes(HKEY_LOCAL_MACHINE, 0, 5, NOBODY);
+    // And by whom the administrator lets: a folder of his, in one that he may not write.
+    setenv("QNLIB_MACHINE_STORE", (m_strFolder + "/granted").c_str(), 1);
+    std::filesystem::create_directory(m_strFolder + "/granted");
+    ASSERT_EQ(0, chown((m_strFolder + "/granted").c_str(), NOBODY, NOBODY));
+    Expect_Codes(HKEY_LOCAL_MACHINE, 2, 0, NOBODY);
+    EXPECT_EQ(3, std::distance(std::filesystem::directory_iterator(m_strFolder + "/granted"), {}))
+        << "the file, its journal and the journal's index";
 }
 
 TEST_F(Registry_Store, Needs_A_Place)
@@ -182,6 +189,26 @@ TEST_F(Registry_Store, Needs_A_Place)
     unsetenv("XDG_DATA_HOME");
     unsetenv("HOME");
     Expect_Codes(HKEY_CURRENT_USER, 3, 3, 12345); // whom the user database does not know
+    Expect_Codes(HKEY_CLASSES_ROOT, 2, 5, 12345); // there is the machine's
+    const auto ask_For_Folders = []
+    {
+        if (setuid(12345) != 0)
+            return MAY_NOT;
+        wchar_t path[MAX_PATH];
+        wchar_t* found = path;
+        EXPECT_EQ(static_cast<HRESULT>(0x80070003),
+                  SHGetFolderPathW(nullptr, CSIDL_APPDATA, nullptr, 0, path));
+        EXPECT_EQ(0, path[0]);
+        EXPECT_EQ(static_cast<HRESULT>(0x80070003),
+                  SHGetKnownFolderPath(FOLDERID_LocalAppDataLow, 0, nullptr, &found));
+        EXPECT_EQ(nullptr, found);
+        return HasFailure() ? 1 : 0;
+    };
+    const char* const pState = std::getenv("XDG_STATE_HOME");
+    const std::string strState = pState != nullptr ? pState : "";
+    unsetenv("XDG_STATE_HOME");
+    EXPECT_EQ(0, In_Other_Process(ask_For_Folders));
+    setenv("XDG_STATE_HOME", strState.c_str(), 1);
     setenv("XDG_DATA_HOME", "relative", 1);
     Expect_Codes(HKEY_CURRENT_USER, 3, 3, 12345);
     setenv("HOME", m_strFolder.c_str(), 1);
@@ -196,6 +223,21 @@ TEST_F(Registry_Store, Is_Not_Made_Behind_A_Link_That_Leads_Nowhere)
     ASSERT_EQ(0, symlink("/nowhere/at/all", strLink.c_str()));
     setenv("XDG_DATA_HOME", strLink.c_str(), 1);
     Expect_Codes(HKEY_CURRENT_USER, 2, 3);
+}
+
+TEST_F(Registry_Store, May_Lie_In_A_New_Folder_At_The_Root)
+{
+    Elsewhere(
+        [this]
+        {
+            setenv("QNLIB_MACHINE_STORE", "/store", 1);
+            RegCloseKey(nullptr); // loads the provider
+            if (chroot(m_strFolder.c_str()) != 0)
+                return false;
+            EXPECT_EQ(0, write_Store(HKEY_LOCAL_MACHINE));
+            EXPECT_TRUE(std::filesystem::exists("/store/registry.db"));
+            return true;
+        });
 }
 
 TEST_F(Registry_Store, Is_Not_Overwritten_When_It_Is_No_Good)
@@ -218,6 +260,25 @@ TEST_F(Registry_Store, Tells_Damage_Inside)
     std::string strBytes = Read_File(m_strFile);
     std::fill(strBytes.begin() + 4096, strBytes.end(), '\xA5'); // all but the first page
     Expect_Untouched(strBytes, 1009);
+}
+
+TEST_F(Registry_Store, Tells_Of_A_Name_That_Is_Listed_And_Not_Found)
+{
+    Elsewhere(
+        [this]
+        {
+            EXPECT_EQ(0, write_Store(HKEY_CURRENT_USER));
+            Query_Store(m_strFile, "UPDATE reg_value SET folded = 'V', data = zeroblob(2000)");
+            HKEY key = nullptr;
+            EXPECT_EQ(0, RegOpenKeyExW(HKEY_CURRENT_USER, KEY_PATH, 0, KEY_READ, &key));
+            wchar_t name[4];
+            DWORD nLength = 4;
+            std::vector<BYTE> data(3000);
+            DWORD nSize = 3000;
+            EXPECT_EQ(1009, RegEnumValueW(key, 0, name, &nLength, nullptr, nullptr, data.data(), &nSize));
+            RegCloseKey(key);
+            return true;
+        });
 }
 
 TEST_F(Registry_Store, Keeps_What_It_Has_On_A_Full_Disk)
@@ -301,6 +362,16 @@ TEST_F(Registry_Store, Shows_Itself_Under_Other_Roots)
                 RegCloseKey(key);
                 return std::string(value);
             };
+            // A key is made beside its parent, however far the path.
+            EXPECT_EQ(0, create(HKEY_CURRENT_USER, L"Software\\Classes\\mine", "u"));
+            EXPECT_EQ(0, create(HKEY_CLASSES_ROOT, L"mine\\a\\b", "x"));
+            EXPECT_EQ("x", read(HKEY_CURRENT_USER, L"Software\\Classes\\mine\\a\\b"));
+            EXPECT_EQ(0, create(HKEY_CLASSES_ROOT, L"new\\a", "y"));
+            EXPECT_EQ("y", read(HKEY_LOCAL_MACHINE, L"Software\\Classes\\new\\a"));
+            // Both lists are in one order, whatever the letters: no name comes twice.
+            for (const wchar_t* path : {L"Software\\Classes\\both\\A", L"Software\\Classes\\both\\\x0101"})
+                EXPECT_EQ(0, create(HKEY_LOCAL_MACHINE, path, "m"));
+            EXPECT_EQ(0, create(HKEY_CURRENT_USER, L"Software\\Classes\\both\\A", "u"));
             EXPECT_EQ(0, create(HKEY_CURRENT_USER, L"Software\\Classes\\both", "u"));
             EXPECT_EQ(0, create(HKEY_LOCAL_MACHINE, L"Software\\Classes\\both\\machine", "m"));
             EXPECT_EQ(0, create(HKEY_LOCAL_MACHINE, L"Software\\Classes\\both", "m"));
@@ -316,11 +387,18 @@ TEST_F(Registry_Store, Shows_Itself_Under_Other_Roots)
                  RegEnumKeyExW(key, i, name, &nLength, nullptr, nullptr, nullptr, nullptr) == 0;
                  ++i, nLength = 20)
                 strNames.append(name, name + nLength) += u';';
-            EXPECT_EQ(u"machine;user;", strNames);
+            EXPECT_EQ(u"\x0101;A;machine;user;", strNames);
             DWORD nLength = 20;
             EXPECT_EQ(0, RegEnumValueW(key, 0, name, &nLength, nullptr, nullptr, nullptr, nullptr));
             nLength = 20;
             EXPECT_EQ(259, RegEnumValueW(key, 1, name, &nLength, nullptr, nullptr, nullptr, nullptr));
+            // When one of its two keys goes, a handle shows the other one.
+            for (const wchar_t* path : {L"both\\user", L"both\\A", L"both"})
+                EXPECT_EQ(0, RegDeleteKeyW(HKEY_CLASSES_ROOT, path));
+            EXPECT_EQ(0, RegQueryValueExW(key, L"v", nullptr, nullptr, nullptr, nullptr));
+            nLength = 20;
+            EXPECT_EQ(0, RegEnumKeyExW(key, 2, name, &nLength, nullptr, nullptr, nullptr, nullptr));
+            EXPECT_EQ(u"machine", std::u16string(name, name + nLength));
             RegCloseKey(key);
 
             nLength = 20;
@@ -367,11 +445,14 @@ TEST_F(Registry_Store, Refuses_What_It_Does_Not_Have)
             EXPECT_EQ(50, create(REG_OPTION_VOLATILE, KEY_READ, nullptr));
             EXPECT_EQ(50, create(REG_OPTION_CREATE_LINK, KEY_READ, nullptr));
             EXPECT_EQ(87, create(0x40, KEY_READ, nullptr));
+            EXPECT_EQ(87, create(0, 0x400000, nullptr));
             int descriptor = 0;
             SECURITY_ATTRIBUTES Attributes{sizeof Attributes, &descriptor, FALSE};
             EXPECT_EQ(50, create(0, KEY_READ, &Attributes));
             EXPECT_EQ(87, RegOpenKeyExW(HKEY_CURRENT_USER, L"Software", 0, 0x40, &key));
+            key = HKEY_CURRENT_USER;
             EXPECT_EQ(87, RegOpenKeyExW(HKEY_CURRENT_USER, L"Software", 1, KEY_READ, &key));
+            EXPECT_EQ(nullptr, key);
             EXPECT_EQ(87, RegOpenKeyExW(HKEY_CURRENT_USER, L"Software", 0, KEY_READ, nullptr));
             EXPECT_EQ(2, RegOpenKeyExW(HKEY_CURRENT_USER, L"Software\\x", 0, KEY_READ, &key));
             std::vector<wchar_t> deep;

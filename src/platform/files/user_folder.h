@@ -4,6 +4,7 @@
 // Folders of the user by the desktop's base-directory convention (XDG Base Directory Specification 0.8). In
 // the header alone, since the layer and a provider use it.
 
+#include <cerrno>
 #include <cstdlib>
 #include <string>
 #include <vector>
@@ -43,16 +44,18 @@ inline std::string Get_Home()
     std::vector<char> texts(16384);
     passwd record{};
     passwd* found = nullptr;
-    const bool good = getpwuid_r(geteuid(), &record, texts.data(), texts.size(), &found) == 0 &&
-                      found != nullptr && *record.pw_dir == '/';
-    return good ? Strip_Slashes(record.pw_dir) : "";
+    while (getpwuid_r(geteuid(), &record, texts.data(), texts.size(), &found) == ERANGE)
+    {
+        texts.resize(2 * texts.size());
+    }
+    return found != nullptr && *record.pw_dir == '/' ? Strip_Slashes(record.pw_dir) : "";
 }
 
 /// The folder that the variable names, or the default place in the home ("/.local/share"); empty if there is
 /// no home.
 inline std::string Get_User_Folder(const char* variable, const char* below_home)
 {
-    const std::string named = Get_Named_Folder(variable);
+    std::string named = Get_Named_Folder(variable);
     if (!named.empty())
     {
         return named;

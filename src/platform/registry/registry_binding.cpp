@@ -23,6 +23,10 @@ LSTATUS call(Provider_Function<Function>& entry, Arguments... arguments)
 LSTATUS RegOpenKeyExW(HKEY key, LPCWSTR path, DWORD options, REGSAM access, PHKEY result)
 {
     static constinit Provider_Function<decltype(RegOpenKeyExW)> entry(L"advapi32", "RegOpenKeyExW");
+    if (result != nullptr)
+    {
+        *result = nullptr;
+    }
     return call(entry, key, path, options, access, result);
 }
 
@@ -30,6 +34,10 @@ LSTATUS RegCreateKeyExW(HKEY key, LPCWSTR path, DWORD reserved, LPWSTR class_nam
                         REGSAM access, LPSECURITY_ATTRIBUTES attributes, PHKEY result, LPDWORD disposition)
 {
     static constinit Provider_Function<decltype(RegCreateKeyExW)> entry(L"advapi32", "RegCreateKeyExW");
+    if (result != nullptr)
+    {
+        *result = nullptr;
+    }
     return call(entry, key, path, reserved, class_name, options, access, attributes, result, disposition);
 }
 

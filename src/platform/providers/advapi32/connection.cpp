@@ -140,7 +140,12 @@ DWORD Connection::Open(const std::string& file)
     if (error == ERROR_SUCCESS)
         error = execute(SETTINGS);
     if (error == ERROR_SUCCESS)
-        error = look_At_Format();
+    {
+        const Transaction transaction(*this, Query::begin_read); // somebody may just make it a store
+        error = transaction.Get_Error();
+        if (error == ERROR_SUCCESS)
+            error = look_At_Format();
+    }
     if (error != ERROR_SUCCESS)
         Close();
     return error;

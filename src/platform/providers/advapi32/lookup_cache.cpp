@@ -1,5 +1,7 @@
 #include "platform/providers/advapi32/lookup_cache.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace qn_advapi32
@@ -10,7 +12,13 @@ namespace
 
 constexpr std::size_t MOST_SIZE = 1 << 20;
 constexpr std::size_t ENTRY_SIZE = 128; ///< about what a table needs for one
-constexpr std::size_t MOST_LISTINGS = 8;
+constexpr std::size_t MOST_LISTINGS = 4;
+constexpr std::size_t MOST_LISTED_SIZE = 512 << 10; ///< of one listing that grows
+
+bool is_Before(const Listed& entry, Text_View folded)
+{
+    return Compare_Stored(entry.m_strFolded, folded) < 0;
+}
 
 } // namespace
 
@@ -55,6 +63,20 @@ void Lookup_Cache::Keep_Value(Id key, Text_View folded, bool exists, DWORD type,
     m_Values.insert_or_assign(Place{key, Text(folded)}, Value{exists, type, {data, data + size}});
 }
 
+const Listed* Lookup_Cache::Find_Listed_Value(Id key, Text_View folded) const
+{
+    for (const Listing& listing : m_Listings)
+    {
+        if (listing.m_nKey != key || listing.m_Kind != List_Kind::values)
+            continue;
+        const auto found =
+            std::lower_bound(listing.m_Entries.begin(), listing.m_Entries.end(), folded, is_Before);
+        const bool same = found != listing.m_Entries.end() && found->m_strFolded == folded;
+        return same && found->m_bHas_Data ? &*found : nullptr;
+    }
+    return nullptr;
+}
+
 Listing* Lookup_Cache::Find_Listing(Id key, List_Kind kind, DWORD index)
 {
     for (Listing& listing : m_Listings)
@@ -67,12 +89,23 @@ Listing* Lookup_Cache::Find_Listing(Id key, List_Kind kind, DWORD index)
     return nullptr;
 }
 
+/// Whether the entries go on where those of the other end.
+bool Lookup_Cache::st_Append(Listing& listing, Listing& more)
+{
+    if (listing.Get_End() != more.m_nFirst || listing.m_nSize + more.m_nSize > MOST_LISTED_SIZE)
+        return false;
+    std::move(more.m_Entries.begin(), more.m_Entries.end(), std::back_inserter(listing.m_Entries));
+    listing.m_bAt_End = more.m_bAt_End;
+    listing.m_nSize += more.m_nSize;
+    return true;
+}
+
 Listing& Lookup_Cache::Keep_Listing(Listing listing)
 {
     for (Listing& other : m_Listings)
     {
         if (other.m_nKey == listing.m_nKey && other.m_Kind == listing.m_Kind)
-            return other = std::move(listing);
+            return st_Append(other, listing) ? other : other = std::move(listing);
     }
     if (m_Listings.size() < MOST_LISTINGS)
         return m_Listings.emplace_back(std::move(listing));

@@ -45,6 +45,7 @@ struct Listing
     DWORD m_nFirst = 0;
     bool m_bAt_End = false; ///< there is nothing behind
     std::vector<Listed> m_Entries;
+    std::size_t m_nSize = 0; ///< of the entries, about, in bytes
 
     DWORD Get_End() const { return m_nFirst + static_cast<DWORD>(m_Entries.size()); }
 };
@@ -52,7 +53,8 @@ struct Listing
 class Lookup_Cache
 {
 public:
-    static constexpr std::size_t MOST_DATA = 1024; ///< of a value that is kept
+    static constexpr std::size_t MOST_KEPT = 1024;  ///< bytes of a value that is kept
+    static constexpr std::size_t MOST_LISTED = 256; ///< of one in a list
 
     void Clear();
 
@@ -63,8 +65,13 @@ public:
     const Value* Find_Value(Id key, Text_View folded) const;
     void Keep_Value(Id key, Text_View folded, bool exists, DWORD type, const BYTE* data, std::size_t size);
 
+    /// A small value among those listed: who goes through a list asks for each one by its name next.
+    const Listed* Find_Listed_Value(Id key, Text_View folded) const;
+
     /// The list that has the entry at `index`, or that ends before it.
     Listing* Find_Listing(Id key, List_Kind kind, DWORD index);
+
+    /// Behind what is known of the list, or in its place.
     Listing& Keep_Listing(Listing listing);
 
 private:
@@ -95,6 +102,8 @@ private:
         using is_transparent = void;
         bool operator()(const Place_View& left, const Place_View& right) const { return left == right; }
     };
+
+    static bool st_Append(Listing& listing, Listing& more);
 
     /// Everything goes when it becomes too much.
     void make_Room(std::size_t size);

@@ -94,18 +94,24 @@ void Enter_User(Open_Key& base, Name& path)
 DWORD Find_Below(Open_Key& key, const Name& path)
 {
     const DWORD first = key.first.Is_There() ? find_Place(key.first, path) : ERROR_FILE_NOT_FOUND;
-    const bool missing = first == ERROR_FILE_NOT_FOUND || first == ERROR_KEY_DELETED;
+    const bool missing = first == ERROR_FILE_NOT_FOUND || first == ERROR_KEY_DELETED ||
+                         first == ERROR_PATH_NOT_FOUND; // a user without a home has no store
     if (!key.second.Is_There() || !(first == ERROR_SUCCESS || missing))
         return first;
     const DWORD second = find_Place(key.second, path);
     return first == ERROR_SUCCESS ? first : second;
 }
 
+bool Are_Rights(REGSAM wanted)
+{
+    return (map_Generic(wanted & ~MAXIMUM_ALLOWED) & ~(READING | WRITING)) == 0;
+}
+
 DWORD Grant(REGSAM wanted, Open_Key& key)
 {
     const bool most = (wanted & MAXIMUM_ALLOWED) != 0;
     const REGSAM access = map_Generic(wanted & ~MAXIMUM_ALLOWED);
-    if ((access & ~(READING | WRITING)) != 0)
+    if (!Are_Rights(wanted))
         return ERROR_INVALID_PARAMETER;
     key.access = access | (most ? READING : 0);
     if (!most && (access & WRITING) == 0)

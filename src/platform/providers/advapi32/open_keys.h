@@ -22,6 +22,9 @@ void Enter_User(Open_Key& base, Name& path);
 /// From a key to the one at a path below it. 2, or 1018 when the base is gone.
 DWORD Find_Below(Open_Key& key, const Name& path);
 
+/// Whether there are such rights.
+bool Are_Rights(REGSAM wanted);
+
 /// The rights that a caller gets who asks for `wanted`, in `key`. 5, 19 or 3 when the store may not be
 /// written, 87 for rights that there are not.
 DWORD Grant(REGSAM wanted, Open_Key& key);

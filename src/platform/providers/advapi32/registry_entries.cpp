@@ -13,7 +13,8 @@ using namespace qn_advapi32;
 namespace
 {
 
-constexpr DWORD MOST_DATA = 64u << 20;
+constexpr DWORD MOST_VALUE = 64u << 20;
+constexpr int MOST_ROUNDS = 100; ///< for an entry that goes while it is looked at
 
 /// Runs an entry's work; its answer is the code.
 template <class Work>
@@ -38,48 +39,108 @@ DWORD open_Handle(Open_Key& key, REGSAM access, PHKEY result)
     return error;
 }
 
-DWORD find_By_Path(HKEY handle, LPCWSTR text, Open_Key& base, Name& path, Open_Key& found)
+DWORD find_Base(HKEY handle, LPCWSTR text, Open_Key& base, Name& path)
 {
     DWORD error = Find_Open_Key(handle, base);
     if (error == ERROR_SUCCESS)
         error = Read_Path(text, path);
+    if (error == ERROR_SUCCESS)
+        Enter_User(base, path);
+    return error;
+}
+
+DWORD find_By_Path(HKEY handle, LPCWSTR text, Open_Key& base, Name& path, Open_Key& found)
+{
+    const DWORD error = find_Base(handle, text, base, path);
     if (error != ERROR_SUCCESS)
         return error;
-    Enter_User(base, path);
     found = base;
     return Find_Below(found, path);
 }
 
-DWORD check_Creation(DWORD reserved, DWORD options, LPSECURITY_ATTRIBUTES attributes)
+DWORD check_Creation(DWORD reserved, DWORD options, REGSAM access, LPSECURITY_ATTRIBUTES attributes)
 {
     constexpr DWORD KNOWN =
         REG_OPTION_VOLATILE | REG_OPTION_CREATE_LINK | REG_OPTION_BACKUP_RESTORE | REG_OPTION_OPEN_LINK;
-    if (reserved != 0 || (options & ~KNOWN) != 0)
+    if (reserved != 0 || (options & ~KNOWN) != 0 || !Are_Rights(access))
         return ERROR_INVALID_PARAMETER;
     const bool secured = attributes != nullptr && attributes->lpSecurityDescriptor != nullptr;
     return (options & ~REG_OPTION_OPEN_LINK) != 0 || secured ? ERROR_NOT_SUPPORTED : ERROR_SUCCESS;
 }
 
+/// From a key to the last one on the way that is there, in one store or in both; `path` is what is missing.
+DWORD go_To_Parent(Open_Key& key, Name& path)
+{
+    for (;;)
+    {
+        Path_Walk names(path);
+        names.Next();
+        Open_Key next = key;
+        const DWORD error = Find_Below(next, {Text(names.Get_Plain()), Text(names.Get_Folded())});
+        if (error != ERROR_SUCCESS || names.Is_Last())
+            return error == ERROR_FILE_NOT_FOUND ? static_cast<DWORD>(ERROR_SUCCESS) : error;
+        key = next;
+        path = names.Get_Rest();
+    }
+}
+
 /// A key is made beside its parent: in the machine's store if that has it, else in the user's.
-DWORD create(const Open_Key& base, const Name& path, const Text& class_name, Open_Key& made, bool& created)
+DWORD create(Open_Key base, Name path, const Text& class_name, Open_Key& made, bool& created)
 {
     if (std::count(path.plain.begin(), path.plain.end(), SEPARATOR) >= static_cast<long>(MOST_DEPTH))
         return ERROR_FILENAME_EXCED_RANGE;
-    const bool second = base.second.Is_There();
-    Key_Place place = second ? base.second : base.first;
-    const DWORD error = place.store->writer.Create_Key(place.id, path, class_name, place.id, created);
-    (second ? made.second : made.first) = place;
-    (second ? made.first : made.second) = {};
-    return error;
+    if (base.second.Is_There())
+    {
+        const DWORD error = go_To_Parent(base, path);
+        if (error != ERROR_SUCCESS)
+            return error;
+    }
+    made = base;
+    Key_Place& place = base.second.Is_There() ? made.second : made.first;
+    (base.second.Is_There() ? made.first : made.second) = {};
+    return place.store->writer.Create_Key(place.id, path, class_name, place.id, created);
 }
 
+DWORD open_Or_Create(HKEY handle, LPCWSTR text, LPCWSTR class_text, Open_Key& key, bool& created)
+{
+    Name class_name;
+    Open_Key base;
+    Name path;
+    DWORD error = Read_Name(class_text, MOST_CLASS_NAME, class_name);
+    if (error != ERROR_SUCCESS)
+        return error;
+    error = find_Base(handle, text, base, path);
+    if (error != ERROR_SUCCESS)
+        return error;
+    key = base;
+    error = Find_Below(key, path);
+    return error == ERROR_FILE_NOT_FOUND ? create(base, path, class_name.plain, key, created) : error;
+}
+
+/// A key of the two that was deleted is one that is not there, as long as the other one is.
 DWORD read_Value(const Open_Key& key, const Name& name, const Value_Target& target)
 {
-    const DWORD error = key.first.Is_There() ? key.first.store->reader.Read_Value(key.first.id, name, target)
+    const DWORD first = key.first.Is_There() ? key.first.store->reader.Read_Value(key.first.id, name, target)
                                              : static_cast<DWORD>(ERROR_FILE_NOT_FOUND);
-    return error == ERROR_FILE_NOT_FOUND && key.second.Is_There()
-               ? key.second.store->reader.Read_Value(key.second.id, name, target)
-               : error;
+    if (!key.second.Is_There() || (first != ERROR_FILE_NOT_FOUND && first != ERROR_KEY_DELETED))
+        return first;
+    const DWORD second = key.second.store->reader.Read_Value(key.second.id, name, target);
+    return second == ERROR_KEY_DELETED && key.first.Is_There() ? first : second;
+}
+
+/// What a list is shown to that wants a copy of the entry.
+auto copy_To(Listed& entry)
+{
+    return [&entry](const Listed& found)
+    {
+        entry = found;
+        return static_cast<DWORD>(ERROR_SUCCESS);
+    };
+}
+
+DWORD copy_Listed(const Key_Place& place, List_Kind kind, DWORD index, Listed& entry)
+{
+    return place.store->reader.Read_List(place.id, kind, index, copy_To(entry));
 }
 
 /// The two lists of names of a key that is two keys, as one: both in order, those of both only once.
@@ -90,31 +151,41 @@ DWORD read_Both_Lists(const Open_Key& key, List_Kind kind, DWORD index, Listed& 
     for (;;)
     {
         Listed other;
-        const DWORD first = key.first.store->reader.Read_List(key.first.id, kind, first_index, entry);
-        const DWORD second = key.second.store->reader.Read_List(key.second.id, kind, second_index, other);
+        const DWORD first = copy_Listed(key.first, kind, first_index, entry);
+        const DWORD second = copy_Listed(key.second, kind, second_index, other);
         const bool has_first = first == ERROR_SUCCESS;
         const bool has_second = second == ERROR_SUCCESS;
-        if (!has_first && (first != ERROR_NO_MORE_ITEMS || !has_second))
-            return first;
-        if (!has_second && second != ERROR_NO_MORE_ITEMS)
-            return second;
-        const bool take_first = has_first && (!has_second || entry.m_strFolded <= other.m_strFolded);
-        const bool take_second = has_second && (!has_first || other.m_strFolded <= entry.m_strFolded);
-        if (!take_first)
+        for (const DWORD error : {first, second})
+        {
+            if (error != ERROR_SUCCESS && error != ERROR_NO_MORE_ITEMS && error != ERROR_KEY_DELETED)
+                return error;
+        }
+        if (!has_first && !has_second)
+            return first == ERROR_KEY_DELETED ? second : static_cast<DWORD>(ERROR_NO_MORE_ITEMS);
+        const int order = has_first && has_second ? Compare_Stored(entry.m_strFolded, other.m_strFolded)
+                          : has_first             ? -1
+                                                  : 1;
+        if (order > 0)
             entry = std::move(other);
         if (index-- == 0)
             return ERROR_SUCCESS;
-        first_index += take_first ? 1 : 0;
-        second_index += take_second ? 1 : 0;
+        first_index += order <= 0 ? 1 : 0;
+        second_index += order >= 0 ? 1 : 0;
     }
 }
 
-DWORD read_List(const Open_Key& key, List_Kind kind, DWORD index, Listed& entry)
+/// Shows `use` an entry of the key's list; it may not ask for more meanwhile.
+template <class Use>
+DWORD read_List(const Open_Key& key, List_Kind kind, DWORD index, Use use)
 {
-    if (key.first.Is_There() && key.second.Is_There())
-        return read_Both_Lists(key, kind, index, entry);
-    const Key_Place& place = Get_Written(key);
-    return place.store->reader.Read_List(place.id, kind, index, entry);
+    if (!key.first.Is_There() || !key.second.Is_There())
+    {
+        const Key_Place& place = Get_Written(key);
+        return place.store->reader.Read_List(place.id, kind, index, use);
+    }
+    Listed entry;
+    const DWORD error = read_Both_Lists(key, kind, index, entry);
+    return error == ERROR_SUCCESS ? use(entry) : error;
 }
 
 /// False, with nothing written, when there is no room for the text and its NUL.
@@ -127,31 +198,37 @@ bool copy_Text(const Text& text, LPWSTR target, LPDWORD length)
     return true;
 }
 
-/// A larger value has to be read by its name; it may have gone meanwhile.
-DWORD give_Value(const Open_Key& key, const Listed& entry, const Value_Target& target)
-{
-    if (entry.m_bHas_Data || target.m_pData == nullptr)
-        return target.Give(entry.m_nType, entry.m_nSize, entry.m_Data.data());
-    return read_Value(key, {entry.m_strName, entry.m_strFolded}, target);
-}
-
 DWORD enumerate_Value(const Open_Key& key, DWORD index, LPWSTR name, LPDWORD name_length,
                       const Value_Target& target)
 {
-    for (;;)
+    for (int round = 0; round < MOST_ROUNDS; ++round)
     {
-        Listed entry;
-        DWORD error = read_List(key, List_Kind::values, index, entry);
-        if (error != ERROR_SUCCESS)
+        Name large; // a value that is not listed with its data
+        bool is_large = false;
+        const auto use = [&](const Listed& entry)
+        {
+            const bool room = entry.m_strName.size() < *name_length;
+            is_large = room && !entry.m_bHas_Data && target.m_pData != nullptr;
+            if (is_large)
+                large = {entry.m_strName, entry.m_strFolded};
+            if (!room)
+                Value_Target{target.m_pType, nullptr, target.m_pSize}.Give(entry.m_nType, entry.m_nSize,
+                                                                           nullptr);
+            if (!room || is_large)
+                return static_cast<DWORD>(ERROR_MORE_DATA);
+            copy_Text(entry.m_strName, name, name_length);
+            return target.Give(entry.m_nType, entry.m_nSize, entry.m_Data.data());
+        };
+        DWORD error = read_List(key, List_Kind::values, index, use);
+        if (!is_large)
             return error;
-        const bool room = entry.m_strName.size() < *name_length;
-        error = give_Value(key, entry, room ? target : Value_Target{target.m_pType, nullptr, target.m_pSize});
-        if (error == ERROR_FILE_NOT_FOUND)
-            continue;
-        const bool named = (error == ERROR_SUCCESS || error == ERROR_MORE_DATA) &&
-                           copy_Text(entry.m_strName, name, name_length);
-        return error == ERROR_SUCCESS && !named ? static_cast<DWORD>(ERROR_MORE_DATA) : error;
+        error = read_Value(key, large, target);
+        if (error == ERROR_SUCCESS || error == ERROR_MORE_DATA)
+            copy_Text(large.plain, name, name_length);
+        if (error != ERROR_FILE_NOT_FOUND) // it may have gone meanwhile
+            return error;
     }
+    return ERROR_BADDB; // what is listed is not there
 }
 
 DWORD give_Time(const Open_Key& key, const Listed& entry, LPFILETIME written)
@@ -168,26 +245,38 @@ DWORD give_Time(const Open_Key& key, const Listed& entry, LPFILETIME written)
     return error;
 }
 
+/// The entry at a place of the list of keys, and, if asked for, when it was last changed.
+DWORD read_Key(const Open_Key& key, DWORD index, Listed& entry, LPFILETIME written)
+{
+    for (int round = 0; round < MOST_ROUNDS; ++round)
+    {
+        DWORD error = read_List(key, List_Kind::keys, index, copy_To(entry));
+        if (error == ERROR_SUCCESS && written != nullptr)
+            error = give_Time(key, entry, written);
+        if (error != ERROR_FILE_NOT_FOUND)
+            return error;
+    }
+    return ERROR_BADDB;
+}
+
 DWORD enumerate_Key(const Open_Key& key, DWORD index, LPWSTR name, LPDWORD name_length, LPWSTR class_name,
                     LPDWORD class_length, LPFILETIME written)
 {
     Listed entry;
-    DWORD error = read_List(key, List_Kind::keys, index, entry);
+    FILETIME time{};
+    const DWORD error = read_Key(key, index, entry, written != nullptr ? &time : nullptr);
     if (error != ERROR_SUCCESS)
         return error;
-    const bool room = entry.m_strName.size() < *name_length &&
-                      (class_name == nullptr || entry.m_strClass.size() < *class_length);
-    if (!room)
+    if (entry.m_strName.size() >= *name_length ||
+        (class_name != nullptr && entry.m_strClass.size() >= *class_length))
         return ERROR_MORE_DATA;
-    if (written != nullptr)
-        error = give_Time(key, entry, written);
-    if (error != ERROR_SUCCESS)
-        return error == ERROR_FILE_NOT_FOUND ? static_cast<DWORD>(ERROR_NO_MORE_ITEMS) : error;
     copy_Text(entry.m_strName, name, name_length);
     if (class_name != nullptr)
         copy_Text(entry.m_strClass, class_name, class_length);
     else if (class_length != nullptr)
         *class_length = static_cast<DWORD>(entry.m_strClass.size());
+    if (written != nullptr)
+        *written = time;
     return ERROR_SUCCESS;
 }
 
@@ -199,9 +288,11 @@ extern "C"
 
     LSTATUS RegOpenKeyExW(HKEY handle, LPCWSTR text, DWORD options, REGSAM access, PHKEY result)
     {
-        if (result == nullptr || (options & ~REG_OPTION_OPEN_LINK) != 0)
+        if (result == nullptr)
             return ERROR_INVALID_PARAMETER;
         *result = nullptr;
+        if ((options & ~REG_OPTION_OPEN_LINK) != 0)
+            return ERROR_INVALID_PARAMETER;
         return guard(
             [&]
             {
@@ -223,18 +314,11 @@ extern "C"
         return guard(
             [&]
             {
-                Name class_name;
-                DWORD error = check_Creation(reserved, options, attributes);
-                if (error == ERROR_SUCCESS)
-                    error = Read_Name(class_text, MOST_CLASS_NAME, class_name);
-                Open_Key base;
                 Open_Key key;
-                Name path;
                 bool created = false;
+                DWORD error = check_Creation(reserved, options, access, attributes);
                 if (error == ERROR_SUCCESS)
-                    error = find_By_Path(handle, text, base, path, key);
-                if (error == ERROR_FILE_NOT_FOUND && !path.folded.empty())
-                    error = create(base, path, class_name.plain, key, created);
+                    error = open_Or_Create(handle, text, class_text, key, created);
                 if (error == ERROR_SUCCESS)
                     error = open_Handle(key, access, result);
                 if (error == ERROR_SUCCESS && disposition != nullptr)
@@ -303,7 +387,7 @@ extern "C"
                 DWORD error = Find_Open_Key_For(handle, KEY_SET_VALUE, key);
                 if (error == ERROR_SUCCESS)
                     error = Read_Name(text, MOST_VALUE_NAME, name);
-                if (error == ERROR_SUCCESS && size > MOST_DATA)
+                if (error == ERROR_SUCCESS && size > MOST_VALUE)
                     error = ERROR_NO_SYSTEM_RESOURCES;
                 const Key_Place& place = Get_Written(key);
                 return error == ERROR_SUCCESS

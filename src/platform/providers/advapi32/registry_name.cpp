@@ -3,6 +3,7 @@
 #include "platform/providers/advapi32/case_table.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace qn_advapi32
 {
@@ -15,6 +16,13 @@ char16_t Fold(char16_t unit)
         return static_cast<char16_t>(unit - (unit >= u'a' && unit <= u'z' ? 0x20 : 0));
     const unsigned int block = CASE_INDEX[unit / CASE_BLOCK_SIZE];
     return static_cast<char16_t>(unit + CASE_BLOCKS[block * CASE_BLOCK_SIZE + unit % CASE_BLOCK_SIZE]);
+}
+
+int Compare_Stored(Text_View left, Text_View right)
+{
+    const std::size_t shorter = std::min(left.size(), right.size());
+    const int order = std::memcmp(left.data(), right.data(), shorter * sizeof(char16_t));
+    return order != 0 || left.size() == right.size() ? order : left.size() < right.size() ? -1 : 1;
 }
 
 DWORD Read_Name(LPCWSTR text, std::size_t most, Name& name)

@@ -28,6 +28,9 @@ inline constexpr char16_t SEPARATOR = u'\\';
 /// The capital of a unit: units with the same one match.
 char16_t Fold(char16_t unit);
 
+/// The order in which a store lists names: that of their bytes. Below, at or above 0.
+int Compare_Stored(Text_View left, Text_View right);
+
 /// A name, or the names of a path with one backslash between two of them. Folding keeps the length, so the
 /// same place in both texts is the same unit.
 struct Name

@@ -3,7 +3,10 @@
 #include "platform/files/user_folder.h"
 #include "platform/providers/advapi32/store_error.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdio>
+#include <cstdlib>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -17,18 +20,69 @@ using namespace qn_platform;
 namespace
 {
 
-/// Makes one folder. A mode that others shall see is set against the process's mask.
-int make_One(const std::string& folder, mode_t mode)
+/// A template for mkdtemp and mkstemp: a name beside the final one, for what is not ready yet.
+std::string get_Draft(const std::string& path) { return path + ".XXXXXX"; }
+
+bool is_Shared(mode_t mode) { return (mode & S_IROTH) != 0; }
+
+/// What others shall see has its mode, whatever the process's mask, before it has its name: who dies between
+/// the two leaves nothing behind that nobody can open. EEXIST when somebody else was faster.
+int make_Shared_Folder(const std::string& folder, mode_t mode)
 {
-    if (mkdir(folder.c_str(), mode) == 0)
-        return (mode & S_IROTH) != 0 && chmod(folder.c_str(), mode) != 0 ? errno : 0;
-    if (errno != EEXIST)
+    std::string draft = get_Draft(folder);
+    if (mkdtemp(draft.data()) == nullptr)
         return errno;
-    struct stat status = {};
-    return stat(folder.c_str(), &status) != 0 ? errno : S_ISDIR(status.st_mode) ? 0 : ENOTDIR;
+    const bool made = chmod(draft.c_str(), mode) == 0 && std::rename(draft.c_str(), folder.c_str()) == 0;
+    const int error = made ? 0 : errno == ENOTEMPTY ? EEXIST : errno;
+    if (!made)
+        rmdir(draft.c_str());
+    return error;
 }
 
-/// The same with those above it. A link that leads nowhere stands in the way of both.
+int make_Shared_File(const std::string& path, mode_t mode)
+{
+    std::string draft = get_Draft(path);
+    const int file = mkostemp(draft.data(), O_CLOEXEC);
+    if (file < 0)
+        return errno;
+    const bool made = fchmod(file, mode) == 0 && link(draft.c_str(), path.c_str()) == 0;
+    const int error = made ? 0 : errno;
+    close(file);
+    unlink(draft.c_str());
+    return error;
+}
+
+/// An empty file. EEXIST when there is one.
+int make_File(const std::string& path, mode_t mode)
+{
+    if (is_Shared(mode))
+        return make_Shared_File(path, mode);
+    const int file = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+    const int error = file < 0 ? errno : 0;
+    if (file >= 0)
+        close(file);
+    return error;
+}
+
+/// Makes one folder, if it is not there.
+int make_One(const std::string& folder, mode_t mode)
+{
+    struct stat status = {};
+    if (stat(folder.c_str(), &status) == 0)
+        return S_ISDIR(status.st_mode) ? 0 : ENOTDIR;
+    if (is_Shared(mode))
+    {
+        const int error = make_Shared_Folder(folder, mode);
+        return error == EEXIST ? 0 : error;
+    }
+    if (mkdir(folder.c_str(), mode) == 0)
+        return 0;
+    // Somebody else was faster, or a link leads nowhere.
+    const int error = errno;
+    return error != EEXIST ? error : stat(folder.c_str(), &status) == 0 ? 0 : errno;
+}
+
+/// The same with those above it.
 int make_Folder(const std::string& folder, mode_t mode)
 {
     const int error = make_One(folder, mode);
@@ -79,13 +133,10 @@ DWORD Store_Place::Make() const
     const int error = make_Folder(m_strFolder, m_nFolder_Mode);
     if (error != 0)
         return Code_Of_System(error);
-    const int file = open(m_strFile.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, m_nFile_Mode);
-    if (file < 0)
-        return errno == EEXIST ? ERROR_SUCCESS : Code_Of_System(errno);
-    const bool set = fchmod(file, m_nFile_Mode) == 0;
-    const DWORD result = set ? ERROR_SUCCESS : Code_Of_System(errno);
-    close(file);
-    return result;
+    if (Find() == ERROR_SUCCESS)
+        return ERROR_SUCCESS;
+    const int made = make_File(m_strFile, m_nFile_Mode);
+    return made == 0 || made == EEXIST ? ERROR_SUCCESS : Code_Of_System(made);
 }
 
 DWORD Store_Place::Check_Writable() const
@@ -99,9 +150,8 @@ DWORD Store_Place::Check_Writable() const
         return file == ERROR_SUCCESS ? check_Access(m_strFolder, W_OK | X_OK) : file;
     }
     std::string folder = m_strFolder;
-    while (folder.rfind('/') != 0 && faccessat(AT_FDCWD, folder.c_str(), F_OK, AT_EACCESS) != 0 &&
-           errno == ENOENT)
-        folder.resize(folder.rfind('/'));
+    while (folder.size() > 1 && faccessat(AT_FDCWD, folder.c_str(), F_OK, AT_EACCESS) != 0 && errno == ENOENT)
+        folder.resize(std::max<std::size_t>(folder.rfind('/'), 1));
     return check_Access(folder, W_OK | X_OK);
 }
 

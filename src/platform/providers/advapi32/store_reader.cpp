@@ -14,6 +14,7 @@ namespace
 
 constexpr unsigned int FIRST_BATCH = 4;
 constexpr unsigned int NEXT_BATCH = 64;
+constexpr std::size_t MOST_BATCH = 64 << 10; ///< bytes of a batch, but for one entry, about
 
 } // namespace
 
@@ -34,6 +35,9 @@ class Store_Reader::Sight
 {
 public:
     explicit Sight(Store_Reader& reader) : m_Reader(reader), m_bGood(reader.m_Watch.Look(m_Version)) {}
+
+    /// Whether it is a look at that state.
+    bool Is_Of(const Store_Version& version) const { return m_bGood && m_Version == version; }
 
     bool Keeps()
     {
@@ -160,10 +164,13 @@ DWORD Store_Reader::Read_Value(Id key, const Name& name, const Value_Target& tar
     if (known != nullptr)
         return known->m_bExists ? target.Give(known->m_nType, known->m_Data.size(), known->m_Data.data())
                                 : static_cast<DWORD>(ERROR_FILE_NOT_FOUND);
+    const Listed* const listed = m_bKnown ? m_Cache.Find_Listed_Value(key, name.folded) : nullptr;
+    if (listed != nullptr)
+        return target.Give(listed->m_nType, listed->m_nSize, listed->m_Data.data());
     Sight sight(*this);
     Run run(m_Connection, Query::find_value);
     run.Bind(key).Bind(name.folded);
-    run.Bind(static_cast<long long>(std::max(target.Get_Room(), Lookup_Cache::MOST_DATA)));
+    run.Bind(static_cast<long long>(std::max(target.Get_Room(), Lookup_Cache::MOST_KEPT)));
     if (!run.Step())
     {
         const DWORD missing =
@@ -177,7 +184,7 @@ DWORD Store_Reader::Read_Value(Id key, const Name& name, const Value_Target& tar
     const BYTE* const data = run.Get_Bytes(2);
     if (data == nullptr && size != 0 && !run.Is_Null(2))
         return ERROR_NOT_ENOUGH_MEMORY;
-    if (size <= Lookup_Cache::MOST_DATA && sight.Keeps())
+    if (size <= Lookup_Cache::MOST_KEPT && sight.Keeps())
         m_Cache.Keep_Value(key, name.folded, true, type, data, size);
     return target.Give(type, size, data);
 }
@@ -190,14 +197,16 @@ DWORD Store_Reader::read_Batch(Listing& listing, DWORD index, const Text* behind
                                           : (values ? Query::values_from : Query::keys_from);
     const Text place = behind != nullptr ? *behind : Text();
     listing.m_Entries.clear();
+    listing.m_nSize = 0;
     listing.m_nFirst = index;
     Run run(m_Connection, query);
     run.Bind(listing.m_nKey);
     behind != nullptr ? run.Bind(place) : run.Bind(static_cast<long long>(index));
     run.Bind(static_cast<long long>(count));
     if (values)
-        run.Bind(static_cast<long long>(Lookup_Cache::MOST_DATA));
-    while (run.Step())
+        run.Bind(static_cast<long long>(Lookup_Cache::MOST_LISTED));
+    bool more = true;
+    while (listing.m_nSize < MOST_BATCH && (more = run.Step()))
     {
         Listed& entry = listing.m_Entries.emplace_back();
         entry.m_strFolded = run.Get_Text(0);
@@ -212,21 +221,10 @@ DWORD Store_Reader::read_Batch(Listing& listing, DWORD index, const Text* behind
         }
         else
             entry.m_strClass = run.Get_Text(2);
+        listing.m_nSize += sizeof(Listed) + 4 * entry.m_strName.size() + entry.m_Data.size();
     }
-    listing.m_bAt_End = listing.m_Entries.size() < count;
+    listing.m_bAt_End = !more && listing.m_Entries.size() < count;
     return run.Get_Error();
-}
-
-/// Who goes through a list asks for each value by its name next.
-Listing& Store_Reader::keep(Listing listing)
-{
-    for (const Listed& entry : listing.m_Entries)
-    {
-        if (listing.m_Kind == List_Kind::values && entry.m_bHas_Data)
-            m_Cache.Keep_Value(listing.m_nKey, entry.m_strFolded, true, entry.m_nType, entry.m_Data.data(),
-                               entry.m_Data.size());
-    }
-    return m_Cache.Keep_Listing(std::move(listing));
 }
 
 DWORD Store_Reader::find_Listed(Id key, List_Kind kind, DWORD index, const Listed*& entry)
@@ -238,30 +236,21 @@ DWORD Store_Reader::find_Listed(Id key, List_Kind kind, DWORD index, const Liste
         Listing batch;
         batch.m_nKey = key;
         batch.m_Kind = kind;
-        const bool next = listing != nullptr && !listing->m_Entries.empty();
+        // Behind a name only in the state in which that name had the place before.
+        const bool next = listing != nullptr && !listing->m_Entries.empty() && sight.Is_Of(m_Version);
         const Text behind = next ? listing->m_Entries.back().m_strFolded : Text();
-        const DWORD error =
-            read_Batch(batch, index, next ? &behind : nullptr, next ? NEXT_BATCH : FIRST_BATCH);
+        DWORD error = read_Batch(batch, index, next ? &behind : nullptr, next ? NEXT_BATCH : FIRST_BATCH);
+        const bool keeps = error == ERROR_SUCCESS && sight.Keeps();
+        if (next && !keeps && error == ERROR_SUCCESS) // that state has gone meanwhile
+            error = read_Batch(batch, index, nullptr, FIRST_BATCH);
         if (error != ERROR_SUCCESS)
             return error;
-        listing = sight.Keeps() ? &keep(std::move(batch)) : &(m_Unkept = std::move(batch));
+        listing = keeps ? &m_Cache.Keep_Listing(std::move(batch)) : &(m_Unkept = std::move(batch));
     }
     if (index >= listing->Get_End())
         return has_Key(key, ERROR_NO_MORE_ITEMS);
     entry = &listing->m_Entries[index - listing->m_nFirst];
     return ERROR_SUCCESS;
-}
-
-DWORD Store_Reader::Read_List(Id key, List_Kind kind, DWORD index, Listed& entry)
-{
-    const std::lock_guard lock(m_Mutex);
-    DWORD error = make_Ready();
-    const Listed* found = nullptr;
-    if (error == ERROR_SUCCESS)
-        error = find_Listed(key, kind, index, found);
-    if (error == ERROR_SUCCESS)
-        entry = *found;
-    return error;
 }
 
 DWORD Store_Reader::Read_Time(Id key, Text_View folded, long long& changed)

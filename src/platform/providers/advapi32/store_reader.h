@@ -40,8 +40,18 @@ public:
     /// 2 when there is none, 1018 when the key is gone.
     DWORD Read_Value(Id key, const Name& name, const Value_Target& target);
 
-    /// The entry at a place of a list. 259 behind the last one, 1018 when the key is gone.
-    DWORD Read_List(Id key, List_Kind kind, DWORD index, Listed& entry);
+    /// Shows `use` the entry at a place of a list; its answer is the answer. 259 behind the last one, 1018
+    /// when the key is gone. `use` is run under the lock, and calls nothing here.
+    template <class Use>
+    DWORD Read_List(Id key, List_Kind kind, DWORD index, Use use)
+    {
+        const std::lock_guard lock(m_Mutex);
+        DWORD error = make_Ready();
+        const Listed* found = nullptr;
+        if (error == qn_platform::ERROR_SUCCESS)
+            error = find_Listed(key, kind, index, found);
+        return error == qn_platform::ERROR_SUCCESS ? use(*found) : error;
+    }
 
     /// When a key below another one, or its values, were last changed.
     DWORD Read_Time(Id key, Text_View folded, long long& changed);
@@ -61,7 +71,6 @@ private:
     DWORD has_Key(Id key, DWORD otherwise);
     DWORD walk(Id base, const Name& path, Id& found);
     DWORD read_Batch(Listing& listing, DWORD index, const Text* behind, unsigned int count);
-    Listing& keep(Listing listing);
     DWORD find_Listed(Id key, List_Kind kind, DWORD index, const Listed*& entry);
 
     std::mutex m_Mutex;

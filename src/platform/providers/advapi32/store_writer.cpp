@@ -41,14 +41,16 @@ DWORD Store_Writer::make_Ready()
 {
     if (m_Connection.Is_Open())
         return ERROR_SUCCESS;
-    const DWORD error = m_Place.Check_Writable();
-    return error == ERROR_SUCCESS ? open() : error;
+    DWORD error = m_Place.Check_Writable();
+    if (error == ERROR_SUCCESS)
+        error = open();
+    m_bOpen = error == ERROR_SUCCESS;
+    return error;
 }
 
 DWORD Store_Writer::Check_Writable()
 {
-    const std::lock_guard lock(m_Mutex);
-    return m_Connection.Is_Open() ? static_cast<DWORD>(ERROR_SUCCESS) : m_Place.Check_Writable();
+    return m_bOpen ? static_cast<DWORD>(ERROR_SUCCESS) : m_Place.Check_Writable();
 }
 
 /// Several steps as one change, under the lock.

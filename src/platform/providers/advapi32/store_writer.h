@@ -4,6 +4,7 @@
 #include "platform/providers/advapi32/connection.h"
 #include "platform/providers/advapi32/store_place.h"
 
+#include <atomic>
 #include <mutex>
 
 namespace qn_advapi32
@@ -19,7 +20,7 @@ public:
     Store_Writer(const Store_Writer&) = delete;
     Store_Writer& operator=(const Store_Writer&) = delete;
 
-    /// Whether this user may write: 0 or 5, 19, 3.
+    /// Whether this user may write: 0 or 5, 19, 3. Waits for nobody.
     DWORD Check_Writable();
 
     /// Makes the keys of a path that are missing, in one change. 1018 when `base` is gone.
@@ -34,7 +35,11 @@ public:
     // Around a fork; see Store_Reader.
     void Lock() { m_Mutex.lock(); }
     void Unlock() { m_Mutex.unlock(); }
-    void Close() { m_Connection.Close(); }
+    void Close()
+    {
+        m_bOpen = false;
+        m_Connection.Close();
+    }
 
 private:
     template <class Change>
@@ -50,6 +55,7 @@ private:
     const Store_Place m_Place;
     const char* const m_pSeed;
     Connection m_Connection;
+    std::atomic<bool> m_bOpen = false; ///< so this user may write
 };
 
 } // namespace qn_advapi32
