@@ -296,6 +296,7 @@ void add_Writes()
 {
     Row number("registry: write a number", 1 / 1.2);
     Row text("registry: write a text", 1 / 1.2);
+    number.Mark_Against("QSettings", 10);
     number.Add(Row::Ours, [ours = Ours(), n = 0]() mutable { return ours.Write_Number(L"value7", ++n); });
     text.Add(Row::Ours,
              [ours = Ours(), text = Sentence]() mutable

@@ -197,6 +197,7 @@ DWORD Store_Reader::read_Batch(Listing& listing, DWORD index, const Text* behind
                                           : (values ? Query::values_from : Query::keys_from);
     const Text place = behind != nullptr ? *behind : Text();
     listing.m_Entries.clear();
+    listing.m_Entries.reserve(count);
     listing.m_nSize = 0;
     listing.m_nFirst = index;
     Run run(m_Connection, query);
