@@ -5,6 +5,8 @@
 #include "lib_datetime.h"
 #include "test_text.h"
 
+#include <utility>
+
 using namespace test_support;
 
 namespace
@@ -26,6 +28,11 @@ TEST(Date_Allocation, Writes_The_Whole_Text_Or_None_And_Spoils_No_Locale)
                                            0x10, 0x11, 0x12, 0x13, 0x15, 0x18, 0x19, 0x1A, 0x1B, 0x1C,
                                            0x1D, 0x1E, 0x1F, 0x20, 0x21, 0x22, 0x23, 0x24};
     constexpr unsigned int nLanguages = sizeof Languages / sizeof Languages[0];
+    static bool s_bMade = false;
+    if (std::exchange(s_bMade, true))
+    {
+        GTEST_SKIP() << "a process makes its locales once, and has made these";
+    }
     const unsigned long long nBefore = Allocation_Count();
     When.Format(0, 0x414, false);
     const auto nStep = static_cast<unsigned int>(Allocation_Count() - nBefore) / nLanguages;

@@ -1,3 +1,4 @@
+#include "handles.h"
 #include "layer_probe.h"
 #include "platform/kernel/object_pool.h"
 #include "platform/kernel/ranked_lock.h"
@@ -373,7 +374,7 @@ TEST(Kernel_Wait, Is_Not_Ended_By_Signals)
         });
     for (int signals = 1; signals <= 5; ++signals)
     {
-        EXPECT_TRUE(Becomes_Asleep(id));
+        Wait_Until_Asleep(id);
         pthread_kill(waiter.native_handle(), SIGUSR1);
         while (caught < signals && answer == 99)
         {

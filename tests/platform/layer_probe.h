@@ -73,21 +73,6 @@ inline std::ptrdiff_t Count_Lasting_Threads()
     return threads;
 }
 
-/// Whether the thread falls asleep; 0 is none yet.
-inline bool Becomes_Asleep(const std::atomic<DWORD>& id)
-{
-    int nSeen = 0; // in a row
-    for (int i = 0; i < 10000 && nSeen < 3; ++i)
-    {
-        std::ifstream file("/proc/self/task/" + std::to_string(id) + "/stat");
-        std::string strLine;
-        std::getline(file, strLine);
-        nSeen = strLine.find(") S ") != std::string::npos ? nSeen + 1 : 0;
-        std::this_thread::sleep_for(std::chrono::microseconds(300));
-    }
-    return nSeen == 3;
-}
-
 /// Thread creation that fails.
 inline int Create_No_Thread(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*) { return EAGAIN; }
 

@@ -84,8 +84,23 @@ inline DWORD Error_Of(DWORD wait_result)
     return dwError;
 }
 
-/// A thread that has fallen asleep in its function, or left it, when it is constructed. Where the system
-/// doesn't tell, it has been given time for that. The destructor waits for its end.
+/// Waits until a thread has fallen asleep or ended; 0 is none yet. Where the system doesn't tell, it is given
+/// time for that.
+inline void Wait_Until_Asleep(const std::atomic<DWORD>& thread)
+{
+    for (int nSeen = 0; nSeen < 3;) // in a row
+    {
+        std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
+        std::string text;
+        const bool there = static_cast<bool>(std::getline(file, text));
+        const bool asleep = Windows_Target || !there || text.find(") S ") != std::string::npos;
+        nSeen = thread != 0 && asleep ? nSeen + 1 : 0;
+        std::this_thread::sleep_for(std::chrono::milliseconds(Windows_Target ? 30 : 1));
+    }
+}
+
+/// A thread that has fallen asleep in its function, or left it, when it is constructed. The destructor waits
+/// for its end.
 class Sleeper
 {
 public:
@@ -98,11 +113,7 @@ public:
                   function();
               })
     {
-        for (int nSeen = 0; nSeen < 3;) // in a row
-        {
-            nSeen = m_nThread != 0 && is_Asleep(m_nThread) ? nSeen + 1 : 0;
-            std::this_thread::sleep_for(std::chrono::milliseconds(Windows_Target ? 30 : 1));
-        }
+        Wait_Until_Asleep(m_nThread);
     }
     ~Sleeper() { Join(); }
 
@@ -115,14 +126,6 @@ public:
     }
 
 private:
-    static bool is_Asleep(DWORD thread)
-    {
-        std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
-        std::string text;
-        const bool there = static_cast<bool>(std::getline(file, text));
-        return Windows_Target || !there || text.find(") S ") != std::string::npos;
-    }
-
     std::atomic<DWORD> m_nThread{0};
     std::thread m_Thread;
 };
