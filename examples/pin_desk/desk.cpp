@@ -3,6 +3,8 @@
 #include "lock_guard.h"
 
 #include <algorithm>
+#include <iterator>
+#include <new>
 
 namespace
 {
@@ -107,9 +109,9 @@ std::vector<Lib_String> Desk::Expire_Pins()
 Answer Desk::store(const Request& request)
 {
     const auto found = m_Cards.find(request.m_strCard);
-    if (found != m_Cards.end() && found->second.Has_Live_Pin())
+    if (found != m_Cards.end() && !found->second.Has_Expired())
         return make_Answer(false, L"the card is taken");
-    if (found == m_Cards.end() && m_Cards.size() >= MOST_CARDS)
+    if (found == m_Cards.end() && !make_Room())
         return no_Room();
     enter(request.m_strCard, request);
     return make_Answer(true, L"stored for " + request.m_strOwner);
@@ -117,8 +119,7 @@ Answer Desk::store(const Request& request)
 
 Answer Desk::issue(const Request& request)
 {
-    if (m_Cards.size() >= MOST_CARDS ||
-        (m_Last_Names.size() >= MOST_SERIES && !m_Last_Names.contains(request.m_strSeries)))
+    if (!make_Room() || (m_Last_Names.size() >= MOST_SERIES && !m_Last_Names.contains(request.m_strSeries)))
         return no_Room();
     const Lib_String strName = next_Name(request.m_strSeries);
     enter(strName, request);
@@ -139,7 +140,8 @@ Answer Desk::change(const Request& request)
         return Result;
     if (is_Same_Pin(request.m_New_Pin, request.m_Pin))
         return make_Answer(false, L"the new PIN is the old one");
-    set_Pin(m_Cards.find(request.m_strCard), request.m_New_Pin);
+    const Card& card = m_Cards.find(request.m_strCard)->second;
+    enter(request.m_strCard, card.m_strOwner, request.m_New_Pin, card.m_Badge, card.m_Until);
     return Result;
 }
 
@@ -159,9 +161,7 @@ Answer Desk::remove(const Request& request)
     Answer Result = make_Answer(true, L"removed");
     if (!verify(request, Result))
         return Result;
-    const auto found = m_Cards.find(request.m_strCard);
-    forget_Expiry(*found);
-    m_Cards.erase(found);
+    take_Out(m_Cards.find(request.m_strCard));
     return Result;
 }
 
@@ -204,33 +204,53 @@ Answer Desk::list(const Request& request) const
     return make_Answer(true, strText);
 }
 
-void Desk::enter(const Lib_String& strName, const Request& request)
+/// Whether there is room for another card. Expired ones are kept, for those who ask, until it is needed.
+bool Desk::make_Room()
 {
-    const auto where = m_Cards.try_emplace(strName).first;
-    forget_Expiry(*where);
-    where->second =
-        Card{request.m_strOwner, {}, request.m_Badge, request.m_Until, m_Rules.m_nTries, std::nullopt};
-    set_Pin(where, request.m_Pin);
+    if (m_Cards.size() < MOST_CARDS)
+        return true;
+    for (auto where = m_Cards.begin(); where != m_Cards.end();)
+        where = where->second.Has_Expired() ? take_Out(where) : std::next(where);
+    return m_Cards.size() < MOST_CARDS;
 }
 
-/// PINs live equally long, so the new one is the first to expire only when it is the only one.
-void Desk::set_Pin(Cards::iterator where, const Lib_Protected_String& Pin)
+void Desk::enter(const Lib_String& strName, const Request& request)
 {
-    Card& card = where->second;
-    forget_Expiry(*where);
-    card.m_Pin = Pin;
-    if (m_Rules.m_Lives == std::chrono::seconds::zero())
-        return;
-    card.m_Pin_Expires = Steady_Clock::now() + m_Rules.m_Lives;
-    m_Expiries.emplace(*card.m_Pin_Expires, where->first);
+    enter(strName, request.m_strOwner, request.m_Pin, request.m_Badge, request.m_Until);
+}
+
+/// In the place of the card of that name, if there is one. What can fail comes first, so the table has the
+/// old card or the new one. PINs live equally long, so the new one is the first to expire only when it is the
+/// only one.
+void Desk::enter(const Lib_String& strName, const Lib_String& strOwner, const Lib_Protected_String& Pin,
+                 const Lib_Buffer& Badge, const std::optional<double>& Until)
+{
+    Cards New;
+    Expiries New_Expiry;
+    Card& card = New[strName];
+    card = Card{strOwner, Pin, Badge, Until, m_Rules.m_nTries, std::nullopt};
+    if (!is_Same_Pin(card.m_Pin, Pin) || card.m_Badge.Get_Size() != Badge.Get_Size())
+        throw std::bad_alloc(); // these copies fail without a word
+    if (m_Rules.m_Lives != std::chrono::seconds::zero())
+    {
+        card.m_Pin_Expires = Steady_Clock::now() + m_Rules.m_Lives;
+        New_Expiry.emplace(*card.m_Pin_Expires, strName);
+    }
+    const auto old = m_Cards.find(strName);
+    if (old != m_Cards.end())
+        take_Out(old);
+    m_Cards.merge(New);
+    m_Expiries.merge(New_Expiry);
     if (m_Expiries.size() == 1)
         m_Alarm.Set();
 }
 
-void Desk::forget_Expiry(const Cards::value_type& Entry)
+/// The result is the place behind it.
+Desk::Cards::iterator Desk::take_Out(Cards::iterator where)
 {
-    if (Entry.second.m_Pin_Expires)
-        m_Expiries.erase({*Entry.second.m_Pin_Expires, Entry.first});
+    if (where->second.m_Pin_Expires)
+        m_Expiries.erase({*where->second.m_Pin_Expires, where->first});
+    return m_Cards.erase(where);
 }
 
 /// Names that clients chose themselves are passed over.
@@ -254,7 +274,7 @@ bool Desk::verify(const Request& request, Answer& Refusal)
         return false;
     }
     Card& card = found->second;
-    if (card.m_Until && *card.m_Until < Lib_DateTime::Get_Current())
+    if (card.Is_Over())
     {
         Refusal = make_Answer(false, L"the card has expired");
         return false;

@@ -26,12 +26,12 @@ struct Desk_Rules
 };
 
 /// Keeps a table of cards and answers requests from it. A card is blocked after a number of wrong PINs in a
-/// row; a right one in between gives it all its tries back. An expired one is refused, whatever the PIN. A
-/// PIN that has expired is refused as well, and its card's name is free for a new card; who calls Expire_Pins
-/// in time has it wiped from memory, too.
+/// row; a right one in between gives it all its tries back. An expired one is refused, whatever the PIN, and
+/// so is a PIN that has expired; who calls Expire_Pins in time has it wiped from memory, too. Either way the
+/// card's name is free for a new card, and its place for any when there is no other.
 ///
 /// Any thread may use the desk at any time. std::runtime_error leaves its operations when the platform gave
-/// it no lock.
+/// it no lock, std::bad_alloc when memory is short; then each card is as it was.
 class Desk
 {
 public:
@@ -65,8 +65,11 @@ private:
         std::optional<Steady_Clock::time_point> m_Pin_Expires;
 
         bool Has_Live_Pin() const { return !m_Pin_Expires || Steady_Clock::now() < *m_Pin_Expires; }
+        bool Is_Over() const { return m_Until && *m_Until < Lib_DateTime::Get_Current(); }
+        bool Has_Expired() const { return Is_Over() || !Has_Live_Pin(); }
     };
     using Cards = std::map<Lib_String, Card>;
+    using Expiries = std::set<std::pair<Steady_Clock::time_point, Lib_String>>;
 
     Answer answer(const Request& request);
 
@@ -80,9 +83,11 @@ private:
     Lib_String describe(const Card& card) const;
     Answer list(const Request& request) const;
 
+    bool make_Room();
     void enter(const Lib_String& strName, const Request& request);
-    void set_Pin(Cards::iterator where, const Lib_Protected_String& Pin);
-    void forget_Expiry(const Cards::value_type& Entry);
+    void enter(const Lib_String& strName, const Lib_String& strOwner, const Lib_Protected_String& Pin,
+               const Lib_Buffer& Badge, const std::optional<double>& Until);
+    Cards::iterator take_Out(Cards::iterator where);
     Lib_String next_Name(const Lib_String& strSeries);
     bool verify(const Request& request, Answer& Refusal);
     Lib_String describe_Tries(const Card& card) const;
@@ -91,7 +96,7 @@ private:
     mutable Lib_Mutex m_Lock; ///< of what follows
     Cards m_Cards;
     std::map<Lib_String, Lib_String> m_Last_Names; ///< the last name issued in each series
-    std::set<std::pair<Steady_Clock::time_point, Lib_String>> m_Expiries; ///< of PINs that are still there
+    Expiries m_Expiries;                           ///< of PINs that are still there
     Lib_Event m_Alarm;
 };
 

@@ -9,11 +9,12 @@
 class Pin_Watch : public Lib_Monitor_Thread
 {
 public:
-    /// Starts the worker. Both callbacks get the context; Work must end each time with a Sleep. Notify comes
-    /// on a thread of its own when the worker has died, and may come when this object is gone.
-    bool Begin(Worker_Callback pfnWork, Notify_Callback pfnNotify, void* pContext, Lib_Result& result)
+    /// Starts the worker. Work gets the context and must end each time with a Sleep. What it has to say of
+    /// its death it says itself: a notification could come when its session is gone and another one in its
+    /// place.
+    bool Begin(Worker_Callback pfnWork, void* pContext, Lib_Result& result)
     {
-        return Init(nullptr, pfnWork, nullptr, nullptr, pfnNotify, pContext, nullptr, result, 0) &&
+        return Init(nullptr, pfnWork, nullptr, nullptr, nullptr, pContext, nullptr, result, 0) &&
                Start(result);
     }
 

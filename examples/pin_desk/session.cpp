@@ -6,24 +6,12 @@
 #include <exception>
 #include <lib_platform.h>
 #include <memory>
-#include <mutex>
 
 namespace
 {
 
 // The callbacks of the environment manager are told nothing of whose they are.
 Sessions* the_Sessions = nullptr;
-
-// Those who tell of a death run on threads that nobody waits for: they find the sessions by this, which is
-// null when there are none to find any more. One who tells holds the lock meanwhile.
-std::mutex tellers_Lock;
-Sessions* sessions_Of_Tellers = nullptr;
-
-void let_Tellers_Find(Sessions* pSessions)
-{
-    const std::lock_guard<std::mutex> Guard(tellers_Lock);
-    sessions_Of_Tellers = pSessions;
-}
 
 class Manager_Lock
 {
@@ -45,10 +33,7 @@ Session::Session(unsigned int nNumber, const Desk_Rules& Rules, Session_Witness&
 {
 }
 
-bool Session::Open(Lib_Result& result)
-{
-    return !m_bPins_Expire || m_Watch.Begin(&watch, &Sessions::tell_Death, this, result);
-}
+bool Session::Open(Lib_Result& result) { return !m_bPins_Expire || m_Watch.Begin(&watch, this, result); }
 
 void Session::Close()
 {
@@ -59,17 +44,20 @@ void Session::Close()
 /// One round of the worker.
 bool Session::watch(void* pSession, Lib_Result& result)
 {
+    auto& session = *static_cast<Session*>(pSession);
     try
     {
-        auto& session = *static_cast<Session*>(pSession);
         session.expire_Pins();
-        return session.m_Watch.Sleep(session.m_Desk.Get_Alarm(), session.m_Desk.Get_Time_To_Expiry());
+        if (session.m_Watch.Sleep(session.m_Desk.Get_Alarm(), session.m_Desk.Get_Time_To_Expiry()))
+            return true;
     }
     catch (const std::exception&)
     {
-        result.Set_Result(ERROR_NOT_ENOUGH_MEMORY, 1);
-        return false;
+        // Its last words come next.
     }
+    result.Set_Result(ERROR_NOT_ENOUGH_MEMORY, 1);
+    session.tell_Death();
+    return false;
 }
 
 void Session::expire_Pins()
@@ -78,14 +66,23 @@ void Session::expire_Pins()
         m_Witness.Pin_Expired(m_nNumber, strCard);
 }
 
+void Session::tell_Death()
+{
+    try
+    {
+        m_Witness.Watch_Died(m_nNumber);
+    }
+    catch (const std::exception&)
+    {
+        std::fputs("pin_desk: PINs of a session are no longer wiped when they expire\n", stderr);
+    }
+}
+
 Sessions::Sessions(const Desk_Rules& Rules, Session_Witness& Witness)
     : m_Rules(Rules), m_Witness(Witness), m_Manager(&open, &close, &prepare_To_Close, &is_Closed)
 {
     the_Sessions = this;
-    let_Tellers_Find(this);
 }
-
-Sessions::~Sessions() { let_Tellers_Find(nullptr); }
 
 std::map<unsigned int, Session_Count> Sessions::Count_Cards()
 {
@@ -136,28 +133,6 @@ bool Sessions::close(void* pSession, Lib_Result&)
     const std::unique_ptr<Session> pClosed(static_cast<Session*>(pSession));
     the_Sessions->m_Witness.Session_Closed(pClosed->Get_Number(), pClosed->Get_Desk().Count_Cards());
     return true;
-}
-
-/// The session may have been closed meanwhile: then nobody is left who would want to know.
-long long Sessions::tell_Death(unsigned int, unsigned long long, long long nSession)
-{
-    const std::lock_guard<std::mutex> Guard(tellers_Lock);
-    if (sessions_Of_Tellers == nullptr)
-        return 0;
-    Lib_Environment_Manager& Manager = sessions_Of_Tellers->m_Manager;
-    const Manager_Lock Lock(Manager);
-    void* pSession = reinterpret_cast<void*>(nSession);
-    if (Manager.Get_Environment_For_User_Data(pSession) == nullptr)
-        return 0;
-    try
-    {
-        sessions_Of_Tellers->m_Witness.Watch_Died(static_cast<Session*>(pSession)->Get_Number());
-    }
-    catch (const std::exception&)
-    {
-        std::fputs("pin_desk: PINs of a session are no longer wiped when they expire\n", stderr);
-    }
-    return 0;
 }
 
 Sessions::Visit::Visit(Sessions& All) : m_All(All)

@@ -16,7 +16,8 @@ public:
     /// The PIN is wiped already. An exception from here ends the session's watch, as any does.
     virtual void Pin_Expired(unsigned int nSession, const Lib_String& strCard) = 0;
 
-    /// Nobody wipes PINs that expire in this session any more; they are refused all the same.
+    /// Nobody wipes PINs that expire in this session any more; they are refused all the same. It is the
+    /// worker that says so, with its last words.
     virtual void Watch_Died(unsigned int nSession) = 0;
 
 protected:
@@ -47,6 +48,7 @@ public:
 private:
     static bool watch(void* pSession, Lib_Result& result);
     void expire_Pins();
+    void tell_Death();
 
     unsigned int m_nNumber;
     Session_Witness& m_Witness;
@@ -71,7 +73,6 @@ public:
     Sessions(const Desk_Rules& Rules, Session_Witness& Witness);
     Sessions(const Sessions&) = delete;
     Sessions& operator=(const Sessions&) = delete;
-    ~Sessions();
 
     /// The stay of a client in its session. A thread makes it, uses it and ends it under one and the same
     /// token.
@@ -106,9 +107,6 @@ private:
     static bool prepare_To_Close(void* pSession);
     static bool is_Closed(void* pSession);
     static bool close(void* pSession, Lib_Result& result);
-    static long long tell_Death(unsigned int nCode, unsigned long long nParam, long long nSession);
-
-    friend class Session;
 
     Desk_Rules m_Rules;
     Session_Witness& m_Witness;

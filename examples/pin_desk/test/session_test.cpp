@@ -171,6 +171,27 @@ void test_Death_At_The_End()
     }
 }
 
+/// The table takes so many cards, and gives the places of expired ones, and theirs alone, to new ones.
+void test_Places()
+{
+    constexpr int PLACES = 50'000;
+    Desk desk(rules(0));
+    Request Issue = request(Operation::issue, L"", L"1234");
+    Issue.m_strSeries = L"K";
+    desk.Serve(Issue);
+    Issue.m_Until = 1.0; // long ago
+    for (int i = 1; i < PLACES; ++i)
+        desk.Serve(Issue);
+    expect(desk.Count_Cards() == PLACES, "expired cards stay as long as there is room");
+    expect(desk.Serve(request(Operation::store, L"1", L"1234")).m_bDone && desk.Count_Cards() == 2,
+           "then they go");
+    expect(desk.Serve(request(Operation::check, L"K0", L"1234")).m_bDone, "and the others stay");
+    Issue.m_Until.reset();
+    for (int i = 2; i < PLACES; ++i)
+        desk.Serve(Issue);
+    expect(!desk.Serve(Issue).m_bDone && desk.Count_Cards() == PLACES, "a table of good cards is full");
+}
+
 /// Clients come and go; each round leaves a card in the session's table, and the table goes when nobody is in
 /// it. All that were opened are closed, and no card is seen elsewhere or counted twice.
 void test_Many_Clients()
@@ -214,6 +235,7 @@ int main()
     test_Death();
     test_Death_At_The_End();
     test_Many_Clients();
+    test_Places();
     expect(Sessions::Get_Own_Number() != 31, "a thread's session is no other thread's");
     return nFaults == 0 ? 0 : 1;
 }
