@@ -3,6 +3,7 @@
 #include "file_client.h"
 #include "line_reader.h"
 #include "stack_wipe.h"
+#include "stop_signals.h"
 #include "text_output.h"
 
 #include <map>
@@ -10,7 +11,8 @@
 namespace
 {
 
-constexpr std::size_t MOST_JOBS = 256; // that were begun and not yet reported
+constexpr std::size_t MOST_JOBS = 256;   // that were begun and not yet reported
+constexpr std::size_t MOST_CLIENTS = 64; // at a time, since each has a thread
 
 /// Hands jobs to their clients and reports them in the order in which they came.
 class File_Service
@@ -103,6 +105,11 @@ File_Client* File_Service::find_Client(Job& job)
         last = job.m_Client;
         return found->second.get();
     }
+    if (m_Clients.size() >= MOST_CLIENTS)
+    {
+        job.m_Answer = {false, L"too many clients: no other one has left"};
+        return nullptr;
+    }
     auto pClient = std::make_unique<File_Client>(m_All, m_Progress);
     Lib_Result result;
     if (!pClient->Start(job.m_Client.m_nSession, result))
@@ -164,7 +171,7 @@ bool serve_Lines(Line_Reader& Reader, unsigned int nLimit, const Clock& clock, F
         const Line_Reader::State state = Reader.Read_Line(strLine);
         if (state == Line_Reader::State::failed)
             return false;
-        if (state == Line_Reader::State::end)
+        if (state == Line_Reader::State::end || Get_Stop_Signal() != nullptr)
             break;
         if (state == Line_Reader::State::malformed)
             Service.Add_Malformed(Reader.Get_Line_Number(), strLine);
@@ -176,12 +183,10 @@ bool serve_Lines(Line_Reader& Reader, unsigned int nLimit, const Clock& clock, F
 
 } // namespace
 
-bool Serve_File(Byte_Source& Source, const Options& options)
+bool Serve_File(Byte_Source& Source, const Options& options, const Desk_Rules& Rules)
 {
-    const Policy policy;
-    const Desk_Rules Rules = options.Get_Rules(policy);
+    Catch_Stop_Signals();
     Report report(options.Get_Style(false), Rules.m_Clock);
-    report.Add_Notes(policy.Get_Faults());
     {
         Sessions All(Rules, report);
         File_Service Service(All, report);
@@ -190,6 +195,8 @@ bool Serve_File(Byte_Source& Source, const Options& options)
         Service.Finish();
         if (!bRead)
             return false;
+        if (Get_Stop_Signal() != nullptr)
+            report.Add_Note(Get_Stop_Signal() + Lib_String(L": the desk closes"));
         const auto Cards = All.Count_Cards();
         report.Print_Summary(&Cards);
     }

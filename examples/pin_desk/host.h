@@ -15,9 +15,13 @@ int Run_Pin_Desk(int nArguments, wchar_t** ppArguments);
 /// The caller closes it.
 std::FILE* Open_For_Reading(const Lib_String& strPath);
 
-/// Opens a file by its path in the platform's form, with backslashes, for appending bytes, and makes it, for
-/// the user alone, where it is missing (on Windows with the rights that are inherited). Null when that fails.
-/// The caller closes it.
+/// Waits for bytes of a file that was opened there and takes as many as there are, at most nRoom: 0 at the
+/// end, and when a stop signal has come, -1 when it cannot be read, with the reason in errno.
+long long Read_Bytes(std::FILE* pFile, char* pBytes, std::size_t nRoom);
+
+/// Opens a file by its path in the platform's form, with backslashes, for reading and appending bytes, and
+/// makes it, for the user alone, where it is missing (on Windows with the rights that are inherited). Null
+/// when that fails. The caller closes it.
 std::FILE* Open_For_Appending(const Lib_String& strPath);
 
 /// For a std::unique_ptr.

@@ -5,6 +5,7 @@
 #include <lib_datetime.h>
 #include <lib_services.h>
 #include <stdexcept>
+#include <string>
 
 namespace
 {
@@ -18,19 +19,41 @@ Lib_String write_Time(const Lib_DateTime& When)
     return strText;
 }
 
+/// A desk that was ended in the middle of a line has left a part of it.
+bool ends_Within_Line(std::FILE* pFile)
+{
+    return std::fseek(pFile, -1, SEEK_END) == 0 && std::fgetc(pFile) != '\n';
+}
+
 } // namespace
 
-Journal::Journal() : m_pFile(Open_For_Appending(createPinCacheDirectory() + L"\\pin_desk.journal"))
+Journal::Journal()
 {
+    Lib_String strPath = pinCacheDirectory() + L"\\pin_desk.journal";
+    try
+    {
+        createPinCacheDirectory();
+        m_pFile.reset(Open_For_Appending(strPath));
+    }
+    catch (const std::runtime_error&)
+    {
+        // Without the directory there is no file, as is told below.
+    }
     if (m_pFile == nullptr)
-        throw std::runtime_error("the journal cannot be opened");
+    {
+        strPath.Replace(L'\\', L'/'); // both systems take that
+        Lib_Buffer Text = To_Utf8(L"the journal " + strPath + L" cannot be opened");
+        throw std::runtime_error(
+            std::string(static_cast<const char*>(Text.Get_Ptr()), static_cast<std::size_t>(Text.Get_Size())));
+    }
     std::setvbuf(m_pFile.get(), nullptr, _IONBF, 0); // so a line is one write
 }
 
 bool Journal::Add(const Lib_String& strLine)
 {
-    Lib_Buffer Line = To_Utf8(write_Time(Lib_DateTime::Get_Current()) + L" " + strLine);
-    Line.Append("\n", 1);
+    const wchar_t* pStart = ends_Within_Line(m_pFile.get()) ? L"\n" : L"";
+    Lib_Buffer Line = To_Utf8(pStart + write_Time(Lib_DateTime::Get_Current()) + L" " + strLine + L"\n");
     const auto nSize = static_cast<std::size_t>(Line.Get_Size());
-    return std::fwrite(Line.Get_Ptr(), 1, nSize, m_pFile.get()) == nSize;
+    return std::fseek(m_pFile.get(), 0, SEEK_END) == 0 &&
+           std::fwrite(Line.Get_Ptr(), 1, nSize, m_pFile.get()) == nSize;
 }

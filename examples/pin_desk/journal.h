@@ -14,8 +14,9 @@ public:
     /// there is no file to be had.
     Journal();
 
-    /// Appends a line behind the time in UTC. It is in the file when the call comes back, in one piece (on
-    /// Linux also among those of other desks). False when it could not be written.
+    /// Appends a line behind the time in UTC, on a line of its own whatever stands before it. It is in the
+    /// file when the call comes back, in one piece (on Linux also among those of other desks). False when it
+    /// could not be written.
     bool Add(const Lib_String& strLine);
 
 private:

@@ -5,11 +5,17 @@
 namespace
 {
 
-constexpr std::size_t BLOCK = 65536;
+constexpr std::size_t BLOCK = 4096;
 
 } // namespace
 
 Line_Reader::Line_Reader(Byte_Source& Source) : m_Source(Source), m_Block(BLOCK) {}
+
+Line_Reader::~Line_Reader()
+{
+    for (volatile char& ch : m_Block) // a plain fill just before the release would be left out
+        ch = 0;
+}
 
 Line_Reader::State Line_Reader::Read_Line(Lib_String& strLine)
 {

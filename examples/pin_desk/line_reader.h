@@ -8,7 +8,7 @@
 #include <vector>
 
 /// Reads UTF-8 lines from a source one at a time, however many there are. The source stays the caller's;
-/// nothing may have been read from it. What has been handed out is wiped: lines hold PINs.
+/// nothing may have been read from it. Lines hold PINs, so a few are read ahead, and wiped when handed out.
 class Line_Reader
 {
 public:
@@ -23,6 +23,11 @@ public:
     static constexpr std::size_t LONGEST_LINE = 1000; ///< bytes
 
     explicit Line_Reader(Byte_Source& Source);
+    Line_Reader(const Line_Reader&) = delete;
+    Line_Reader& operator=(const Line_Reader&) = delete;
+
+    /// Wipes what was read and not handed out.
+    ~Line_Reader();
 
     /// The next line without the white space at its ends; for a malformed line what is wrong with it.
     State Read_Line(Lib_String& strLine);
@@ -42,7 +47,7 @@ private:
     Byte_Source& m_Source;
     unsigned int m_nLine = 0;
     bool m_bWhole = false;
-    std::vector<char> m_Block; ///< on the heap, where what is released is wiped
+    std::vector<char> m_Block;
     std::size_t m_nNext = 0;
     std::size_t m_nEnd = 0;
 };

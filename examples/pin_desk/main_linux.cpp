@@ -1,10 +1,14 @@
 #include "host.h"
 
+#include "stop_signals.h"
+
 #include <cerrno>
 #include <cstring>
+#include <iterator>
 #include <vector>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 // Linux hands texts over as UTF-8.
@@ -21,14 +25,32 @@ std::FILE* Open_For_Reading(const Lib_String& strPath)
     return std::fopen(static_cast<const char*>(Path.Get_Ptr()), "rb");
 }
 
+/// Without the file's own block, which would have to be full before anything of a pipe is seen.
+long long Read_Bytes(std::FILE* pFile, char* pBytes, std::size_t nRoom)
+{
+    pollfd Files[] = {{fileno(pFile), POLLIN, 0}, {Get_Stop_Bell(), POLLIN, 0}};
+    while (poll(Files, std::size(Files), -1) < 0)
+    {
+        if (errno != EINTR)
+            return -1;
+    }
+    if (Files[1].revents != 0)
+        return 0;
+    ssize_t nRead = 0;
+    do
+        nRead = read(fileno(pFile), pBytes, nRoom);
+    while (nRead < 0 && errno == EINTR);
+    return nRead;
+}
+
 std::FILE* Open_For_Appending(const Lib_String& strPath)
 {
     const int nSize = Lib_Get_Native_Path(strPath, nullptr, 0);
     std::vector<char> Path(static_cast<std::size_t>(nSize));
     if (nSize == 0 || Lib_Get_Native_Path(strPath, Path.data(), nSize) != nSize)
         return nullptr;
-    const int nFile = open(Path.data(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
-    std::FILE* pFile = nFile >= 0 ? fdopen(nFile, "ab") : nullptr;
+    const int nFile = open(Path.data(), O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+    std::FILE* pFile = nFile >= 0 ? fdopen(nFile, "a+b") : nullptr;
     if (nFile >= 0 && pFile == nullptr)
         close(nFile);
     return pFile;

@@ -13,10 +13,19 @@ std::FILE* Open_For_Reading(const Lib_String& strPath)
         errno = EISDIR; // of itself the runtime only says that a directory may not be read
         return nullptr;
     }
-    return _wfopen(strPath, L"rb");
+    std::FILE* pFile = _wfopen(strPath, L"rb");
+    if (pFile != nullptr)
+        std::setvbuf(pFile, nullptr, _IONBF, 0); // no block of its own, where lines would stay
+    return pFile;
 }
 
-std::FILE* Open_For_Appending(const Lib_String& strPath) { return _wfopen(strPath, L"ab"); }
+long long Read_Bytes(std::FILE* pFile, char* pBytes, std::size_t nRoom)
+{
+    const std::size_t nRead = std::fread(pBytes, 1, nRoom, pFile);
+    return std::ferror(pFile) != 0 ? -1 : static_cast<long long>(nRead);
+}
+
+std::FILE* Open_For_Appending(const Lib_String& strPath) { return _wfopen(strPath, L"a+b"); }
 
 // Tokens for sessions are given to those who act as part of the operating system, services as a rule; others
 // get ERROR_PRIVILEGE_NOT_HELD.

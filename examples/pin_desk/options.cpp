@@ -1,6 +1,7 @@
 #include "options.h"
 
 #include <cstdint>
+#include <utility>
 
 namespace
 {
@@ -112,8 +113,11 @@ Options::Options()
       m_Quiet(L"-quiet", PARAM_TYPE_FLAG, L"", L"", L"Prints only what was refused or malformed", true),
       m_Expire(L"-expire", PARAM_TYPE_DWORD, L"0", L"seconds", L"Time for which a PIN is good, 0 for ever",
                true, L"a number of up to 6 digits", check_Seconds),
-      m_Journal(L"-journal", PARAM_TYPE_FLAG, L"", L"",
-                L"Appends what is answered to the journal in the user's directory of PIN data", true),
+      m_Journal(
+          L"-journal", PARAM_TYPE_FLAG, L"", L"",
+          L"Appends what is answered and what expires to the journal in the user's directory of PIN data; "
+          L"without this there is no journal",
+          true),
       m_Set(L"-set", PARAM_TYPE_STRING, L"", L"name=number",
             L"Sets expire or tries for all desks of the user, where their command lines don't", true,
             L"expire=0 to expire=999999, or tries=1 to tries=99", check_Setting),
@@ -125,7 +129,7 @@ Options::Options()
             L"Sends requests from standard input to a desk that serves there, and prints its answers", true,
             L"the path of a socket", is_Not_Empty),
       m_Idle(L"-idle", PARAM_TYPE_DWORD, L"300", L"seconds",
-             L"Time after which -serve ends a client that is silent", true, L"a number from 1 to 999999",
+             L"Time that a client of -serve has for each line", true, L"a number from 1 to 999999",
              check_Patience),
       m_Watch(L"-watch", PARAM_TYPE_STRING, L"", L"name",
               L"Waits for the named event, or until its guard is lost", true, L"a name", is_Not_Empty),
@@ -143,7 +147,7 @@ Options::Options()
 
 bool Options::Read(int nArguments, wchar_t** ppArguments, Lib_String& strFault)
 {
-    std::vector<wchar_t*> Arguments = join_Guard_Values(nArguments, ppArguments);
+    std::vector<wchar_t*> Arguments = prepare(nArguments, ppArguments);
     const int nJoined = static_cast<int>(Arguments.size());
     const bool bRead =
         with_Params([&](int nParams, auto*... pParams)
@@ -152,14 +156,16 @@ bool Options::Read(int nArguments, wchar_t** ppArguments, Lib_String& strFault)
     return bRead && strFault.Is_Empty();
 }
 
-/// A parameter takes one value, and -guard has two: they become one text.
-std::vector<wchar_t*> Options::join_Guard_Values(int nArguments, wchar_t** ppArguments)
+/// A parameter takes one value, and -guard has two: they become one text. The help has two names.
+std::vector<wchar_t*> Options::prepare(int nArguments, wchar_t** ppArguments)
 {
     std::vector<wchar_t*> Arguments(ppArguments, ppArguments + nArguments);
-    for (std::size_t i = 1; i + 2 < Arguments.size(); ++i)
+    for (std::size_t i = 1; i < Arguments.size(); ++i)
     {
+        if (Lib_String(Arguments[i]).CompareNoCase(L"--help") == 0)
+            ++Arguments[i];
         const Option* pOption = find(Arguments[i]);
-        if (pOption == &m_Guard)
+        if (pOption == &m_Guard && i + 2 < Arguments.size())
         {
             m_Guard_Values.push_back(Lib_String(Arguments[i + 1]) + L" " + Arguments[i + 2]);
             Arguments[i + 1] = m_Guard_Values.back().Get_Buffer(0);
@@ -224,11 +230,14 @@ const Option* Options::find(const Lib_String& strName)
 /// first fault is, empty when there is none.
 Lib_String Options::find_Fault(int nArguments, wchar_t** ppArguments)
 {
+    bool bSets = false;
     for (int i = 1; i < nArguments; ++i)
     {
         const Option* pOption = find(ppArguments[i]);
         if (pOption == nullptr)
             return Lib_String(L"I don't know ") + ppArguments[i];
+        if (pOption == &m_Set && std::exchange(bSets, true))
+            return L"-set is there twice, and sets one value a call";
         if (pOption->Takes_Value() && ++i == nArguments)
             return pOption->Get_Name() + L" needs a value";
     }

@@ -61,7 +61,7 @@ public:
     /// How many requests to serve; 0 means all.
     unsigned int Get_Limit() const { return get_Number(m_Limit); }
 
-    /// The paths of the socket to serve and to ask at, and how many seconds a client may be silent.
+    /// The paths of the socket to serve and to ask at, and how many seconds a client has for a line.
     const Lib_String& Get_Served() const { return get_Text(m_Serve); }
     const Lib_String& Get_Asked() const { return get_Text(m_Ask); }
     unsigned int Get_Patience() const { return get_Number(m_Idle); }
@@ -90,7 +90,7 @@ private:
     const Option* find(const Lib_String& strName);
     Lib_String find_Fault(int nArguments, wchar_t** ppArguments);
     Lib_String find_Fault_Of_Task() const;
-    std::vector<wchar_t*> join_Guard_Values(int nArguments, wchar_t** ppArguments);
+    std::vector<wchar_t*> prepare(int nArguments, wchar_t** ppArguments);
 
     /// Calls `callee` with the number of the parameters and with all of them, as the parser wants its list.
     template <class Callee>

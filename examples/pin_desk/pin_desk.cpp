@@ -2,10 +2,10 @@
 // each of them and prints a line for each answer, and shows the library at work on the way. Other tasks
 // watch, signal and guard a named event across processes, or write and list the user's policy.
 //
-// Exit codes: 0 when the file was read to its end or the limit, also with malformed lines in it; 1 when the
-// report could not be written, memory ran out or there is no cipher for PINs, no lock or no journal that was
-// asked for; 2 when the command line or the file is no good. Those of the other tasks are told in
-// socket_service.h, policy.h and watch.h.
+// Exit codes: 0 when the file was read to its end, the limit or a stop signal, also with malformed lines in
+// it; 1 when the report could not be written, memory ran out or there is no cipher for PINs, no lock or no
+// journal that was asked for; 2 when the command line or the file is no good; 6 when the user's policy is
+// damaged or cannot be read. Those of the other tasks are told in socket_service.h, policy.h and watch.h.
 
 #include "file_service.h"
 #include "host.h"
@@ -14,6 +14,7 @@
 #include "text_output.h"
 #include "watch.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <lib_version.h>
 #include <memory>
@@ -30,25 +31,23 @@ constexpr int EXIT_USAGE = 2;
 class File_Source final : public Byte_Source
 {
 public:
-    /// The file, which stays the caller's, needs no block of its own, where lines would stay.
-    explicit File_Source(std::FILE* pFile) : m_pFile(pFile) { std::setvbuf(pFile, nullptr, _IONBF, 0); }
+    /// The file stays the caller's.
+    explicit File_Source(std::FILE* pFile) : m_pFile(pFile) {}
     ~File_Source() override = default;
 
     std::size_t Read(char* pBytes, std::size_t nRoom) override
     {
-        return std::fread(pBytes, 1, nRoom, m_pFile);
+        const long long nRead = Read_Bytes(m_pFile, pBytes, nRoom);
+        m_nError = nRead < 0 ? errno : 0;
+        return static_cast<std::size_t>(std::max(nRead, 0LL));
     }
-    bool Has_Failed() const override { return std::ferror(m_pFile) != 0; }
+    bool Has_Failed() const override { return m_nError != 0; }
+    int Get_Error() const { return m_nError; }
 
 private:
     std::FILE* m_pFile;
+    int m_nError = 0;
 };
-
-bool serve(std::FILE* pFile, const Options& options)
-{
-    File_Source Source(pFile);
-    return Serve_File(Source, options);
-}
 
 /// Why a file can't be opened or read: errno as the platform's code for the same, and its text. Of a
 /// directory the platform only says that it may not be read.
@@ -77,6 +76,34 @@ int refuse(Options& options, const Lib_String& strFault)
     return EXIT_USAGE;
 }
 
+int serve_File(Options& options, const Desk_Rules& Rules)
+{
+    const std::unique_ptr<std::FILE, Close_File> pFile(Open_For_Reading(options.Get_File()));
+    int nError = errno;
+    if (pFile != nullptr)
+    {
+        File_Source Source(pFile.get());
+        if (Serve_File(Source, options, Rules))
+            return EXIT_DONE;
+        nError = Source.Get_Error();
+    }
+    return refuse(options, L"The file " + options.Get_File() + L" cannot be read: " + tell_Reason(nError));
+}
+
+int run_Desk(Options& options)
+{
+    const Policy policy;
+    if (!policy.Get_Fault().Is_Empty())
+    {
+        Print_Line(L"The desk does not begin, since the user's policy is no good: " + policy.Get_Fault() +
+                   L".");
+        return EXIT_BAD_POLICY;
+    }
+    const Desk_Rules Rules = options.Get_Rules(policy);
+    return options.Get_Served().Is_Empty() ? serve_File(options, Rules)
+                                           : Serve_Socket(options.Get_Served(), options, Rules);
+}
+
 int run(int nArguments, wchar_t** ppArguments)
 {
     Options options;
@@ -94,8 +121,6 @@ int run(int nArguments, wchar_t** ppArguments)
     }
     if (!bRead)
         return refuse(options, strFault);
-    if (!options.Get_Served().Is_Empty())
-        return Serve_Socket(options.Get_Served(), options);
     if (!options.Get_Asked().Is_Empty())
         return Ask_Socket(options.Get_Asked());
     if (!options.Get_Setting().Is_Empty())
@@ -108,10 +133,7 @@ int run(int nArguments, wchar_t** ppArguments)
         return Signal(options.Get_Signalled());
     if (!options.Get_Guarded().Is_Empty())
         return Guard(options.Get_Guarded(), options.Get_Seconds());
-    const std::unique_ptr<std::FILE, Close_File> pFile(Open_For_Reading(options.Get_File()));
-    if (pFile == nullptr || !serve(pFile.get(), options))
-        return refuse(options, L"The file " + options.Get_File() + L" cannot be read: " + tell_Reason(errno));
-    return EXIT_DONE;
+    return run_Desk(options);
 }
 
 } // namespace

@@ -64,8 +64,7 @@ Lib_String describe(const Setting& setting, unsigned int nNumber)
 Lib_String describe_Damage(const Setting& setting)
 {
     Lib_String strText;
-    strText.Format(L"%s is no number from %u to %u and is not used", setting.m_pName, setting.m_nLeast,
-                   setting.m_nMost);
+    strText.Format(L"%s is no number from %u to %u", setting.m_pName, setting.m_nLeast, setting.m_nMost);
     return strText;
 }
 
@@ -91,8 +90,8 @@ public:
     bool Has_Failed() const { return !Is_There() && m_lError != ERROR_FILE_NOT_FOUND; }
     long Get_Error() const { return m_lError; }
 
-    /// None also for what is damaged or cannot be read, which is told.
-    std::optional<unsigned int> Read(const Setting& setting, std::vector<Lib_String>& Faults) const;
+    /// None also for what is damaged or cannot be read, which is told in strFault.
+    std::optional<unsigned int> Read(const Setting& setting, Lib_String& strFault) const;
 
     /// Describes the value in that place; false when there is none, with 259 in lError, or at an error.
     bool Describe(unsigned long ulPlace, Lib_String& strText, long& lError) const;
@@ -102,7 +101,7 @@ private:
     long m_lError = 0;
 };
 
-std::optional<unsigned int> Policy_Key::Read(const Setting& setting, std::vector<Lib_String>& Faults) const
+std::optional<unsigned int> Policy_Key::Read(const Setting& setting, Lib_String& strFault) const
 {
     unsigned long ulType = 0;
     Lib_Buffer Data;
@@ -110,12 +109,12 @@ std::optional<unsigned int> Policy_Key::Read(const Setting& setting, std::vector
     if (!Lib_Reg_Read(m_hKey, nullptr, setting.m_pName, ulType, Data, &lError))
     {
         if (lError != ERROR_FILE_NOT_FOUND)
-            Faults.push_back(L"policy: " + describe_Error(setting.m_pName, lError));
+            strFault = describe_Error(setting.m_pName, lError);
         return std::nullopt;
     }
     const std::optional<unsigned int> Number = to_Number(setting, ulType, Data);
     if (!Number)
-        Faults.push_back(L"policy: " + describe_Damage(setting));
+        strFault = describe_Damage(setting);
     return Number;
 }
 
@@ -151,11 +150,11 @@ Policy::Policy()
 {
     const Policy_Key Key;
     if (Key.Has_Failed())
-        m_Faults.push_back(describe_Error(L"the policy cannot be read", Key.Get_Error()));
+        m_strFault = describe_Error(L"it cannot be read", Key.Get_Error());
     if (!Key.Is_There())
         return;
-    m_Expire = Key.Read(SETTING_EXPIRE, m_Faults);
-    m_Tries = Key.Read(SETTING_TRIES, m_Faults);
+    m_Expire = Key.Read(SETTING_EXPIRE, m_strFault);
+    m_Tries = Key.Read(SETTING_TRIES, m_strFault);
 }
 
 bool Is_Setting(const Lib_String& strText) { return read_Assignment(strText).has_value(); }

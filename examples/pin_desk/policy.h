@@ -4,7 +4,6 @@
 #include <lib_strings.h>
 
 #include <optional>
-#include <vector>
 
 // The user's policy: numbers by which all his desks work where the command line says nothing else. They are
 // DWORDs in the registry, below HKEY_CURRENT_USER in the key Software\Vorel Co\Quillon\pin_desk.
@@ -25,15 +24,18 @@ inline constexpr Setting SETTING_TRIES{L"tries", 1, 99};
 class Policy
 {
 public:
-    /// Reads it. What is damaged or cannot be read counts as not set, and is told in the faults.
+    /// Reads it. Where nothing is set, nothing is there.
     Policy();
+
+    /// What is damaged in it, or why it cannot be read: nobody knows then what was set, so no desk begins by
+    /// numbers that may be more lenient. Empty otherwise.
+    const Lib_String& Get_Fault() const { return m_strFault; }
 
     const std::optional<unsigned int>& Get_Expire() const { return m_Expire; }
     const std::optional<unsigned int>& Get_Tries() const { return m_Tries; }
-    const std::vector<Lib_String>& Get_Faults() const { return m_Faults; }
 
 private:
-    std::vector<Lib_String> m_Faults;
+    Lib_String m_strFault;
     std::optional<unsigned int> m_Expire;
     std::optional<unsigned int> m_Tries;
 };
@@ -41,6 +43,9 @@ private:
 // Exit codes of the tasks below.
 constexpr int EXIT_POLICY_DONE = 0;
 constexpr int EXIT_NO_POLICY = 5; ///< the registry could not be read or written, as was printed
+
+/// Exit code of a desk that did not begin because of its policy's fault.
+constexpr int EXIT_BAD_POLICY = 6;
 
 /// Whether a text is `name=number` of a setting, in its range. Names match without regard to case.
 bool Is_Setting(const Lib_String& strText);

@@ -90,12 +90,6 @@ void Report::Add_Note(const Lib_String& strText)
     add_Note(strText);
 }
 
-void Report::Add_Notes(const std::vector<Lib_String>& Texts)
-{
-    for (const Lib_String& strText : Texts)
-        Add_Note(strText);
-}
-
 void Report::Session_Opened(unsigned int nSession)
 {
     const Lock_Guard Guard(m_Lock);
@@ -116,12 +110,12 @@ void Report::Session_Closed(unsigned int nSession, unsigned int nCards)
 
 void Report::Pin_Expired(unsigned int nSession, const Lib_String& strCard)
 {
-    Add_Note(name_Session(nSession) + L": the PIN of " + strCard + L" has expired");
+    add_Event(nSession, L": the PIN of " + strCard + L" has expired");
 }
 
 void Report::Watch_Died(unsigned int nSession)
 {
-    Add_Note(name_Session(nSession) + L": its watch has died, expired PINs are refused but not wiped");
+    add_Event(nSession, L": its watch has died, expired PINs are refused but not wiped");
 }
 
 void Report::Print_Summary(const std::map<unsigned int, Session_Count>* pCards)
@@ -158,6 +152,15 @@ void Report::Print_Sessions()
     Lib_String strLine;
     strLine.Format(L"%u session%s opened, %u closed", m_nOpened, plural_S(m_nOpened), m_nClosed);
     Print_Line(strLine);
+}
+
+/// What befalls PINs is a matter of the journal, too.
+void Report::add_Event(unsigned int nSession, const Lib_String& strText)
+{
+    const Lock_Guard Guard(m_Lock);
+    const Lib_String strNote = name_Session(nSession) + strText;
+    add_To_Journal(L"    *  " + strNote);
+    add_Note(strNote);
 }
 
 void Report::add_Note(const Lib_String& strText) const { print_Stamped(L"    *  " + strText); }

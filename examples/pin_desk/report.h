@@ -30,7 +30,7 @@ public:
         bool m_bQuiet;    ///< leaves out what was done
         bool m_bStamps;   ///< begins lines with the time by the clock
         bool m_bLive;     ///< shows each line at once, and sessions when they open and close
-        bool m_bJournal;  ///< appends each answer to the journal, printed or not
+        bool m_bJournal;  ///< appends answers, printed or not, and what befalls PINs to the journal
     };
 
     /// Throws std::runtime_error if there is to be a journal and there is none to be had.
@@ -44,7 +44,6 @@ public:
 
     /// A line of its own about anything else.
     void Add_Note(const Lib_String& strText);
-    void Add_Notes(const std::vector<Lib_String>& Texts);
 
     /// The cards are those of the sessions that are open; null leaves cards out.
     void Print_Summary(const std::map<unsigned int, Session_Count>* pCards);
@@ -68,6 +67,7 @@ private:
     };
 
     unsigned int count_Requests() const { return m_Total.m_nDone + m_Total.m_nRefused + m_nMalformed; }
+    void add_Event(unsigned int nSession, const Lib_String& strText);
     void add_Note(const Lib_String& strText) const;
     Lib_String make_Receipt() const;
     void add_To_Audit(const Lib_String& strLine);

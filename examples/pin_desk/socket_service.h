@@ -12,7 +12,7 @@ constexpr int EXIT_NO_SOCKET = 5; ///< another desk, another file or the system 
 
 /// Serves until SIGINT or SIGTERM, then ends in order: no new clients, the present ones are told, threads and
 /// workers end, the socket's file is removed. Only the user of this process can connect, and root.
-int Serve_Socket(const Lib_String& strPath, const Options& options);
+int Serve_Socket(const Lib_String& strPath, const Options& options, const Desk_Rules& Rules);
 
 /// Hands standard input to the desk, line by line, and its answers to standard output.
 int Ask_Socket(const Lib_String& strPath);

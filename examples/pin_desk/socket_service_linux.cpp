@@ -4,6 +4,7 @@
 #include "line_reader.h"
 #include "local_socket_linux.h"
 #include "stack_wipe.h"
+#include "stop_signals.h"
 #include "text_output.h"
 
 #include <algorithm>
@@ -17,15 +18,23 @@
 
 #include <poll.h>
 #include <sys/eventfd.h>
-#include <sys/signalfd.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 namespace
 {
 
+using Steady_Clock = std::chrono::steady_clock;
+
 constexpr std::size_t MOST_CLIENTS = 128;
-constexpr std::chrono::seconds LAST_WORDS(2); ///< for what is under way when the desk closes
+constexpr std::ptrdiff_t MOST_OF_A_SESSION = 64; // which leaves places to the others
+constexpr std::chrono::seconds LAST_WORDS(2);    // for what is under way when the desk closes
+
+/// In the milliseconds of a wait.
+long long get_Left(Steady_Clock::time_point End)
+{
+    return std::max(std::chrono::ceil<std::chrono::milliseconds>(End - Steady_Clock::now()).count(), 0L);
+}
 
 bool send_All(int nSocket, const Lib_String& strLine, int nFlags)
 {
@@ -52,21 +61,36 @@ public:
     explicit Socket_Source(int nSocket) : m_nSocket(nSocket) {}
     ~Socket_Source() override = default;
 
+    /// What is read from now on must come in that time, in however many parts.
+    void Set_Limit(std::chrono::seconds Time) { m_End = Steady_Clock::now() + Time; }
+
     std::size_t Read(char* pBytes, std::size_t nRoom) override
     {
-        ssize_t nRead = 0;
+        ssize_t nRead = -1;
         do
-            nRead = recv(m_nSocket, pBytes, nRoom, 0);
-        while (nRead < 0 && errno == EINTR);
+            nRead = wait_For_Bytes() ? recv(m_nSocket, pBytes, nRoom, MSG_DONTWAIT) : -1;
+        while (nRead < 0 && (errno == EINTR || errno == EAGAIN));
         m_nError = nRead < 0 ? errno : 0;
         return nRead > 0 ? static_cast<std::size_t>(nRead) : 0;
     }
     bool Has_Failed() const override { return m_nError != 0; }
-    bool Was_Silent() const { return m_nError == EAGAIN || m_nError == EWOULDBLOCK; }
+    bool Was_Late() const { return m_nError == ETIMEDOUT; }
 
 private:
+    /// False with the reason in errno.
+    bool wait_For_Bytes() const
+    {
+        pollfd File{m_nSocket, POLLIN, 0};
+        const int nLeft = static_cast<int>(get_Left(m_End));
+        const int nReady = nLeft > 0 ? poll(&File, 1, nLeft) : 0;
+        if (nReady == 0)
+            errno = ETIMEDOUT;
+        return nReady > 0;
+    }
+
     int m_nSocket;
     int m_nError = 0;
+    Steady_Clock::time_point m_End;
 };
 
 /// What the clients have in common.
@@ -75,7 +99,7 @@ struct Service
     Sessions& m_All;
     Report& m_Report;
     Clock m_Clock;
-    unsigned int m_nPatience;                                   ///< seconds
+    std::chrono::seconds m_Patience;                            ///< with a line, and with an answer
     Descriptor m_Ended{eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)}; ///< rung by clients when they have ended
 };
 
@@ -94,18 +118,24 @@ public:
     /// Ends the thread, whatever the client does.
     ~Connection();
 
-    /// False when there is no serving this client, who is told so.
+    /// Learns whose client this is. False when there is no serving him, who is told so.
+    bool Identify();
+    unsigned int Get_Session() const { return m_nSession; }
+
+    /// The same.
     bool Start();
+
+    void Refuse(const Lib_String& strReason) const;
 
     bool Has_Ended() const { return m_bEnded; }
 
     /// The request that is being answered is the last one.
     void Ask_To_End();
-    bool Wait_For_End(unsigned long nMilliseconds) { return m_Thread.Wait_Until_Object_0(nMilliseconds); }
+    void Wait_For_End(unsigned long nMilliseconds) { m_Thread.Wait(nMilliseconds); }
 
 private:
     static unsigned int run(void* pConnection);
-    bool limit_Silence();
+    bool limit_Sending() const;
     void serve_All();
     void serve_Lines(Sessions::Visit& Visit);
     bool serve_Line(unsigned int nLine, Lib_String& strLine, Sessions::Visit& Visit); ///< empties the line
@@ -116,6 +146,7 @@ private:
     Service& m_Service;
     Descriptor m_Socket;
     unsigned int m_nNumber;
+    Lib_Handle m_Token;
     unsigned int m_nSession = 0;
     std::atomic<bool> m_bTo_End{false};
     std::atomic<bool> m_bEnded{false};
@@ -131,30 +162,44 @@ Connection::~Connection()
     m_Thread.Wait(INFINITE);
 }
 
+bool Connection::Identify()
+{
+    DWORD nSession = 0;
+    DWORD nSize = 0;
+    m_Token.Attach(Lib_Create_Client_Token(m_Socket.Get()));
+    if (m_Token == nullptr ||
+        !GetTokenInformation(m_Token, TokenSessionId, &nSession, sizeof(nSession), &nSize))
+    {
+        Refuse(Get_Error_Text(GetLastError()));
+        return false;
+    }
+    m_nSession = nSession;
+    return true;
+}
+
 bool Connection::Start()
 {
     Lib_Result result;
-    Lib_Handle Token;
-    const bool bLimited = limit_Silence();
-    Token.Attach(Lib_Create_Client_Token(m_Socket.Get()));
-    if (Token == nullptr || !bLimited)
-        result.Set_Result(GetLastError(), 1);
-    else if (Start_Client_Thread(Token, &run, this, m_Thread, result))
+    if (!limit_Sending())
+        result.Set_Result(ERROR_NOT_SUPPORTED, 1);
+    else if (Start_Client_Thread(m_Token, &run, this, m_Thread, result))
         return true;
-    const Lib_String strReason = Get_Error_Text(result.Get_Result_Code());
-    send_All(m_Socket.Get(), L"refused: no serving this client: " + strReason, MSG_DONTWAIT);
-    m_Service.m_Report.Add_Note(L"client " + Lib_Int_To_String(static_cast<int>(m_nNumber)) +
-                                L" is not served: " + strReason);
+    Refuse(Get_Error_Text(result.Get_Result_Code()));
     return false;
 }
 
-/// A client of whom nothing comes, or who takes nothing of an answer, keeps his thread for no longer than
-/// this.
-bool Connection::limit_Silence()
+void Connection::Refuse(const Lib_String& strReason) const
 {
-    const timeval Time{static_cast<time_t>(m_Service.m_nPatience), 0};
-    return setsockopt(m_Socket.Get(), SOL_SOCKET, SO_RCVTIMEO, &Time, sizeof(Time)) == 0 &&
-           setsockopt(m_Socket.Get(), SOL_SOCKET, SO_SNDTIMEO, &Time, sizeof(Time)) == 0;
+    send_All(m_Socket.Get(), L"refused: no serving this client: " + strReason, MSG_DONTWAIT);
+    m_Service.m_Report.Add_Note(L"client " + Lib_Int_To_String(static_cast<int>(m_nNumber)) +
+                                L" is not served: " + strReason);
+}
+
+/// A client who takes nothing of an answer keeps his thread for no longer than this.
+bool Connection::limit_Sending() const
+{
+    const timeval Time{static_cast<time_t>(m_Service.m_Patience.count()), 0};
+    return setsockopt(m_Socket.Get(), SOL_SOCKET, SO_SNDTIMEO, &Time, sizeof(Time)) == 0;
 }
 
 void Connection::Ask_To_End()
@@ -183,7 +228,6 @@ unsigned int Connection::run(void* pConnection)
 
 void Connection::serve_All()
 {
-    m_nSession = Sessions::Get_Own_Number();
     Sessions::Visit Visit(m_Service.m_All);
     serve_Lines(Visit);
     if (m_bTo_End)
@@ -199,8 +243,9 @@ void Connection::serve_Lines(Sessions::Visit& Visit)
     while (bGo_On && !m_bTo_End)
     {
         Lib_String strLine; // not kept while the next one is waited for
+        Source.Set_Limit(m_Service.m_Patience);
         const Line_Reader::State state = Reader.Read_Line(strLine);
-        if (Source.Was_Silent())
+        if (Source.Was_Late())
             say(L"the desk has waited long enough");
         if (state == Line_Reader::State::end || state == Line_Reader::State::failed || !Reader.Is_Whole())
             return;
@@ -241,55 +286,21 @@ bool Connection::tell_Malformed(unsigned int nLine, const Lib_String& strFault)
     return say(L"malformed: " + strFault);
 }
 
-/// From its making until somebody asks the process to end, signals wait to be taken; after that they have
-/// their usual effect again, so that a desk that does not come to its end can be ended.
-class Stop_Signals
-{
-public:
-    Stop_Signals()
-    {
-        std::signal(SIGPIPE, SIG_IGN);
-        sigemptyset(&m_Set);
-        sigaddset(&m_Set, SIGINT);
-        sigaddset(&m_Set, SIGTERM);
-        m_File = Descriptor(signalfd(-1, &m_Set, SFD_CLOEXEC | SFD_NONBLOCK));
-        if (!m_File.Is_Open())
-            throw std::runtime_error("signals cannot be waited for");
-        pthread_sigmask(SIG_BLOCK, &m_Set, nullptr);
-    }
-
-    int Get() const { return m_File.Get(); }
-
-    /// The name of the signal that has come; of several, the last one's.
-    Lib_String Take()
-    {
-        signalfd_siginfo Info{};
-        while (read(m_File.Get(), &Info, sizeof(Info)) == sizeof(Info))
-        {
-        }
-        pthread_sigmask(SIG_UNBLOCK, &m_Set, nullptr);
-        return Info.ssi_signo == SIGINT ? L"SIGINT" : L"SIGTERM";
-    }
-
-private:
-    sigset_t m_Set;
-    Descriptor m_File;
-};
-
 /// Takes connections in, and ended ones away.
 class Reception
 {
 public:
     Reception(Service& service, Listener& listener) : m_Service(service), m_Listener(listener) {}
 
-    /// Until the signal comes.
-    void Work(const Stop_Signals& Signals);
+    /// Until a stop signal comes.
+    void Work();
 
     /// No new clients; what the present ones are being answered is still said.
     void Close();
 
 private:
     void accept_One();
+    bool admit(Connection& connection) const;
     void take_Away_Ended();
 
     Service& m_Service;
@@ -299,12 +310,12 @@ private:
     std::list<Connection> m_Connections;
 };
 
-void Reception::Work(const Stop_Signals& Signals)
+void Reception::Work()
 {
     while (true)
     {
         // Without room it is tried again when somebody ends, or after a second.
-        pollfd Files[] = {{Signals.Get(), POLLIN, 0},
+        pollfd Files[] = {{Get_Stop_Bell(), POLLIN, 0},
                           {m_Service.m_Ended.Get(), POLLIN, 0},
                           {m_bRoom ? m_Listener.Get() : -1, POLLIN, 0}};
         const int nReady = poll(Files, std::size(Files), m_bRoom ? -1 : 1000);
@@ -338,7 +349,7 @@ void Reception::accept_One()
     bool bStarted = false;
     try
     {
-        bStarted = m_Connections.emplace_back(m_Service, std::move(Socket), m_nNumber).Start();
+        bStarted = admit(m_Connections.emplace_back(m_Service, std::move(Socket), m_nNumber));
     }
     catch (const std::exception& Error) // the others are served on
     {
@@ -346,6 +357,18 @@ void Reception::accept_One()
     }
     if (!bStarted && m_Connections.size() > nBefore)
         m_Connections.pop_back();
+}
+
+bool Reception::admit(Connection& connection) const
+{
+    if (!connection.Identify())
+        return false;
+    const auto is_Same = [&](const Connection& other)
+    { return other.Get_Session() == connection.Get_Session(); };
+    if (std::count_if(m_Connections.begin(), m_Connections.end(), is_Same) <= MOST_OF_A_SESSION)
+        return connection.Start();
+    connection.Refuse(L"too many clients of its session");
+    return false;
 }
 
 void Reception::take_Away_Ended()
@@ -357,24 +380,21 @@ void Reception::take_Away_Ended()
 
 void Reception::Close()
 {
-    using Time = std::chrono::steady_clock;
     m_Listener.Close();
     for (Connection& connection : m_Connections)
         connection.Ask_To_End();
-    const Time::time_point end = Time::now() + LAST_WORDS;
+    const Steady_Clock::time_point end = Steady_Clock::now() + LAST_WORDS;
     for (Connection& connection : m_Connections)
-    {
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Time::now()).count();
-        connection.Wait_For_End(static_cast<unsigned long>(std::max<long long>(left, 0)));
-    }
+        connection.Wait_For_End(static_cast<unsigned long>(get_Left(end)));
     m_Connections.clear();
 }
 
 } // namespace
 
-int Serve_Socket(const Lib_String& strPath, const Options& options)
+int Serve_Socket(const Lib_String& strPath, const Options& options, const Desk_Rules& Rules)
 {
-    Stop_Signals Signals;
+    std::signal(SIGPIPE, SIG_IGN);
+    Catch_Stop_Signals();
     Listener listener;
     Lib_String strFault;
     if (!listener.Open(strPath, strFault))
@@ -382,19 +402,16 @@ int Serve_Socket(const Lib_String& strPath, const Options& options)
         Print_Line(L"The desk cannot serve on " + strPath + L": " + strFault + L".");
         return EXIT_NO_SOCKET;
     }
-    const Policy policy;
-    const Desk_Rules Rules = options.Get_Rules(policy);
     Report report(options.Get_Style(true), Rules.m_Clock);
-    report.Add_Notes(policy.Get_Faults());
     {
         Sessions All(Rules, report);
-        Service service{All, report, Rules.m_Clock, options.Get_Patience()};
+        Service service{All, report, Rules.m_Clock, std::chrono::seconds(options.Get_Patience())};
         if (!service.m_Ended.Is_Open())
             throw std::runtime_error("the ends of clients cannot be waited for");
         Reception reception(service, listener);
         report.Add_Note(L"the desk serves on " + strPath);
-        reception.Work(Signals);
-        report.Add_Note(Signals.Take() + L": the desk closes");
+        reception.Work();
+        report.Add_Note(Get_Stop_Signal() + Lib_String(L": the desk closes"));
         reception.Close();
     }
     report.Print_Summary(nullptr);

@@ -13,5 +13,5 @@ int tell_Absence(const wchar_t* pTask)
 
 } // namespace
 
-int Serve_Socket(const Lib_String&, const Options&) { return tell_Absence(L"-serve"); }
+int Serve_Socket(const Lib_String&, const Options&, const Desk_Rules&) { return tell_Absence(L"-serve"); }
 int Ask_Socket(const Lib_String&) { return tell_Absence(L"-ask"); }

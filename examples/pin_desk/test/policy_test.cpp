@@ -94,15 +94,20 @@ void test_Expiry()
     const std::string strServe =
         ": >log; $P -serve s -journal OPTION >>log & "
         "while ! grep -q 'serves on' log; do sleep 0.05; done; "
-        "{ echo op=store card=1 owner=A pin=7351; sleep 1.3; echo op=check card=1 pin=7351; } | $P -ask s; "
+        "{ echo op=store card=1 owner=A pin=7351; UNTIL; echo op=check card=1 pin=7351; } | $P -ask s; "
         "kill $!; wait $!";
-    const auto with = [&](const char* pOption)
-    { return std::regex_replace(strServe, std::regex("OPTION"), pOption); };
+    const auto with = [&](const char* pOption, const char* pUntil)
+    {
+        return std::regex_replace(std::regex_replace(strServe, std::regex("OPTION"), pOption),
+                                  std::regex("UNTIL"), pUntil);
+    };
     expect_Run("$P -set expire=1", 0, "expire = 1\n");
-    expect_Run(with(""), 0, "refused: the PIN has expired");
-    expect_Run(with("-expire 0"), 0, "done: PIN right");
+    expect_Run(with("", "while ! grep -q 'has expired' log; do sleep 0.05; done"), 0,
+               "refused: the PIN has expired");
+    expect_Run(with("-expire 0", "sleep 1.3"), 0, "done: PIN right");
     const std::string strJournal = read_File(Home / "state/Vorel Co/Quillon/pin_desk.journal");
-    expect(strJournal.find("the PIN has expired\n") < strJournal.find("PIN right\n") &&
+    expect(strJournal.find("the PIN of 1 has expired\n") < strJournal.find("the PIN has expired\n") &&
+               strJournal.find("the PIN has expired\n") < strJournal.find("PIN right\n") &&
                strJournal.find("PIN right\n") != std::string::npos &&
                strJournal.find("7351") == std::string::npos,
            "both desks have appended to the journal, without PINs", strJournal);
@@ -117,16 +122,17 @@ void test_Refusals()
                    "-set takes expire=0 to expire=999999, or tries=1 to tries=99.\n");
     expect_Run("$P -set", 2, "-set needs a value.\n");
     expect_Run("$P -policy -set tries=1", 2, "-set and -policy are two tasks.\n");
+    expect_Run("$P -set tries=1 -set expire=1", 2, "-set is there twice, and sets one value a call.\n");
     expect(is_Empty("data"), "what is refused is not written");
 }
 
 void expect_Damage(const char* pWhat)
 {
-    constexpr const char* FAULT = "tries is no number from 1 to 99 and is not used\n";
-    const Result result = run("$P -in requests -quiet");
-    expect(result.m_nCode == 0 && result.Has(FAULT) && result.Has("PIN wrong, 2 tries left"), pWhat,
-           result.m_strOutput);
-    expect_Run("$P -policy", 0, FAULT);
+    const Result result = run("$P -in requests -tries 9");
+    expect(result.m_nCode == 6 && result.Has("no good: tries is no number from 1 to 99.\n") &&
+               !result.Has("stored"),
+           pWhat, result.m_strOutput);
+    expect_Run("$P -policy", 0, "tries is no number from 1 to 99\n");
 }
 
 void test_Damaged_Values()
@@ -156,8 +162,8 @@ void test_Damaged_Store()
 {
     std::filesystem::create_directories(Home / "data/qnlib");
     std::ofstream(Home / "data/qnlib/registry.db") << std::string(5000, 'x');
-    expect_Run("$P -in requests", 0, "*  the policy cannot be read: ");
-    expect_Run("$P -in requests", 0, "PIN wrong, 2 tries left");
+    expect_Run("$P -in requests", 6, "the user's policy is no good: it cannot be read: ");
+    expect_Run("$P -serve s", 6, "the user's policy is no good: it cannot be read: ");
     expect_Run("$P -policy", 5, "The policy cannot be read: ");
     expect_Run("$P -set tries=1", 5, "The policy cannot be written: ");
     expect(read_File(Home / "data/qnlib/registry.db") == std::string(5000, 'x'), "the file is left alone");
@@ -168,6 +174,7 @@ void test_Damaged_Store()
 void test_Journal()
 {
     const std::filesystem::path path = Home / "state/Vorel Co/Quillon/pin_desk.journal";
+    constexpr const char* TORN = "2026-01-01T00:00:00Z    1  01:";
     expect_Run("umask 0; $P -in requests -journal && $P -in requests -journal -quiet -locale 0x419", 0,
                "blocked");
     struct stat Status = {};
@@ -180,6 +187,12 @@ void test_Journal()
     const std::regex Run(std::regex_replace("(" + strRun + "){2}", std::regex("TIME"), strTime));
     const std::string strJournal = read_File(path);
     expect(std::regex_match(strJournal, Run), "a line a request, of both runs", strJournal);
+    std::ofstream(path, std::ios::trunc) << TORN;
+    expect_Run("$P -in requests -journal && $P -in requests -journal", 0, "blocked");
+    const std::string strAfter = read_File(path);
+    expect(std::regex_match(strAfter, std::regex(std::string(TORN) + "\n[^]*")) &&
+               std::regex_match(strAfter.substr(strAfter.find('\n') + 1), Run),
+           "a torn line keeps to itself", strAfter);
     for (const char* pPin : {"5309", "8642", "7417"})
         expect(strJournal.find(pPin) == std::string::npos, "no PIN is in it", strJournal);
 }
@@ -196,10 +209,11 @@ void test_No_Journal()
     const std::filesystem::path path = Home / "state/Vorel Co/Quillon/pin_desk.journal";
     std::filesystem::remove(path);
     std::filesystem::create_symlink(Home / "requests", path);
-    expect_Run("$P -in requests -journal", 1, "pin_desk: the journal cannot be opened");
+    const std::string strFault = "pin_desk: the journal " + path.string() + " cannot be opened";
+    expect_Run("$P -in requests -journal", 1, strFault);
     std::filesystem::remove_all(Home / "state");
     std::ofstream(Home / "state") << "no folder";
-    expect_Run("$P -in requests -journal", 1, "pin_desk: Error creating directory");
+    expect_Run("$P -in requests -journal", 1, strFault);
 }
 
 // ---- The homes --------------------------------------------------------------------------------------------

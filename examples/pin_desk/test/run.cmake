@@ -74,6 +74,15 @@ else()
     endforeach()
 endif()
 
+# Clients at a time, each with a thread; one who leaves makes room.
+set(lines "")
+foreach(client RANGE 1 65)
+    string(APPEND lines "op=list client=${client}\n")
+endforeach()
+file(WRITE "${WORK}/crowd.txt" "${lines}op=leave client=9\nop=list client=65\n")
+run(-in "${WORK}/crowd.txt")
+expect("a crowd of clients" CODE 0 TEXTS "refused  too many clients" "\n67 requests: 66 done, 1 refused")
+
 run(-QUIET -in "${requests}" -key 0a0b)
 expect("-quiet leaves out what was done" CODE 0
        TEXTS "13  malformed: " "PIN wrong, blocked" "28 requests" NO_TEXTS "stored for" "PIN right")
@@ -130,8 +139,10 @@ expect_refusal("-in and -guard are two tasks" -guard x 1 -in "${requests}")
 expect_refusal("-set takes expire=0 to expire=999999, or tries=1 to tries=99" -set colour=3)
 run(-policy)
 expect("the policy is listed" CODE 0)
-run(-help)
-expect("the help is asked for" CODE 0 TEXTS ${help})
+foreach(option -help --help)
+    run(${option})
+    expect("the help is asked for" CODE 0 TEXTS ${help})
+endforeach()
 run(--version)
 expect("the version is asked for" CODE 0 TEXTS "qnLib ${VERSION}")
 

@@ -313,11 +313,12 @@ void test_Bad_Clients()
 void test_Too_Many()
 {
     Desk desk;
-    std::vector<Client> Clients(128);
+    std::vector<Client> Clients(64);
     for (Client& client : Clients)
         client.Expect("op=list", "done: 0 cards");
     Client late;
-    expect(late.Next() == "refused: too many clients", "there is a limit to clients");
+    expect(late.Next() == "refused: no serving this client: too many clients of its session",
+           "there is a limit to clients of a session");
     expect(late.Next() == "(end)", "and who is beyond it is let go");
     Clients[5].Expect("op=leave", "done: left");
     Clients[5].Next();
@@ -337,7 +338,31 @@ void test_Patience()
     Client silent;
     expect(silent.Next() == "the desk has waited long enough", "a silent client is told");
     expect(silent.Next() == "(end)", "and let go");
+
+    Client slow;
+    pollfd Answer{slow.Get(), POLLIN, 0};
+    for (int i = 0; i < LIMIT / 100 && poll(&Answer, 1, 100) == 0; ++i)
+        slow.Send("x");
+    expect(poll(&Answer, 1, 0) == 1 && slow.Next() == "the desk has waited long enough",
+           "so is one whose line has no end");
     end_In_Order(desk, SIGTERM);
+}
+
+/// A signal ends the reading of a file that goes on, and all that was read before is reported. When the desk
+/// has taken most of what a pipe cannot hold, it has served the first line.
+void test_Signals_In_A_File()
+{
+    for (const int nSignal : {SIGINT, SIGTERM})
+    {
+        Process desk({"-in", "/dev/stdin"});
+        desk.Say("op=store card=1 owner=Anna pin=1234\n" + std::string(200'000, '\n') + "op=li");
+        expect(desk.End(nSignal) == 0, "a desk that reads a file ends in order");
+        expect(desk.Output().Has("stored for Anna"), "with what was served");
+        expect(desk.Output().Has(nSignal == SIGINT ? "SIGINT: the desk closes" : "SIGTERM: the desk closes"),
+               "and why it ends");
+        expect(desk.Output().Has("1 request: 1 done, 0 refused, 0 malformed"), "its summary");
+        expect(desk.Output().Has("1 session opened, 1 closed"), "and all sessions closed");
+    }
 }
 
 void test_Asking()
@@ -464,6 +489,7 @@ int main(int nArguments, char** ppArguments)
     test_Bad_Clients();
     test_Too_Many();
     test_Patience();
+    test_Signals_In_A_File();
     test_Asking();
     test_Sessions();
     test_Places();
