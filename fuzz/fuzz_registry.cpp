@@ -14,13 +14,16 @@
 
 // Names and paths of the registry: random operations on a small tree, beside a model of it. Names are made of
 // few letters, in both cases, with backslashes, half surrogates and letters whose counterparts go one way
-// only.
+// only; some are about as long as a name of a key may be.
 
 namespace
 {
 
 const std::u16string ALPHABET =
     u"aAbB\\\\\u00E4\u00C4\u0131iI\u03C2\u03C3\u03A3\u01C5\u01C6\xD801\xDC28\xDC00 ./";
+
+constexpr std::size_t MOST_COMPONENT = 255;
+constexpr DWORD ROOM = 512; ///< for any name
 
 char16_t fold(char16_t cUnit)
 {
@@ -96,12 +99,16 @@ public:
 
     void Do(Fuzz_Input& Input)
     {
-        const std::u16string strPath = Input.Take_Text(ALPHABET, Input.Take_Choice(12));
+        const std::u16string strPath = take_Name(Input, 12);
         const std::optional<Names> Split = split(strPath);
-        if (!Split)
+        const bool bLong =
+            Split && std::any_of(Split->begin(), Split->end(),
+                                 [](const auto& strName) { return strName.size() > MOST_COMPONENT; });
+        if (!Split || bLong)
         {
+            const LSTATUS nExpected = bLong ? 87 : 161;
             HKEY key = nullptr;
-            FUZZ_CHECK(open(strPath, key) == 161 && create(m_Base, strPath, key) == 161);
+            FUZZ_CHECK(open(strPath, key) == nExpected && create(m_Base, strPath, key) == nExpected);
             return;
         }
         switch (Input.Take_Choice(4))
@@ -120,6 +127,14 @@ public:
     void Check_All() { check_Key(m_Base, m_Root); }
 
 private:
+    static std::u16string take_Name(Fuzz_Input& Input, unsigned int nMost)
+    {
+        std::u16string strName = Input.Take_Text(ALPHABET, Input.Take_Choice(nMost));
+        if (Input.Take_Choice(16) == 15 && !strName.empty())
+            strName.append(240 + Input.Take_Choice(24), strName.back());
+        return strName;
+    }
+
     static LSTATUS create(HKEY base, const std::u16string& strPath, HKEY& key)
     {
         return RegCreateKeyExW(base, Wide_Text(strPath), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key,
@@ -162,7 +177,7 @@ private:
         FUZZ_CHECK(open(strPath, key) == (pKey != nullptr ? 0 : 2));
         if (pKey == nullptr)
             return;
-        const std::u16string strName = Input.Take_Text(ALPHABET, Input.Take_Choice(5));
+        const std::u16string strName = take_Name(Input, 5);
         const auto found = pKey->m_Values.find(fold(strName));
         const bool bExists = found != pKey->m_Values.end();
         if (Input.Take_Choice(4) == 0)
@@ -187,8 +202,8 @@ private:
 
     static void check_Key(HKEY key, const Model_Key& Model)
     {
-        wchar_t name[64];
-        DWORD nLength = 64;
+        wchar_t name[ROOM];
+        DWORD nLength = ROOM;
         std::vector<BYTE> data(1000);
         DWORD nSize = 1000;
         DWORD nValues = 0;
@@ -200,19 +215,19 @@ private:
             FUZZ_CHECK(nSize == found->second.m_Data.size() &&
                        std::equal(found->second.m_Data.begin(), found->second.m_Data.end(), data.begin()));
             ++nValues;
-            nLength = 64;
+            nLength = ROOM;
             nSize = 1000;
         }
         FUZZ_CHECK(nValues == Model.m_Values.size());
         DWORD nKeys = 0;
-        nLength = 64;
+        nLength = ROOM;
         while (RegEnumKeyExW(key, nKeys, name, &nLength, nullptr, nullptr, nullptr, nullptr) == 0)
         {
             const std::u16string strName(name, name + nLength);
             const auto found = Model.m_Keys.find(fold(strName));
             FUZZ_CHECK(found != Model.m_Keys.end() && found->second.m_strName == strName);
             ++nKeys;
-            nLength = 64;
+            nLength = ROOM;
         }
         FUZZ_CHECK(nKeys == Model.m_Keys.size());
     }
