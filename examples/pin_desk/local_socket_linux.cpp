@@ -42,7 +42,8 @@ public:
         take();
     }
 
-    /// 0 or errno. EWOULDBLOCK: somebody has had the lock for a second, for which nobody has a good reason.
+    /// 0 or errno. EWOULDBLOCK: another process has had the lock for a second, for which none has a good
+    /// reason.
     int Get_Error() const { return m_nError; }
 
 private:
@@ -110,7 +111,7 @@ bool Listener::Open(const Lib_String& strPath, Lib_String& strFault)
     const Folder_Lock Lock(m_Address.sun_path);
     if (Lock.Get_Error() != 0)
     {
-        strFault = Lock.Get_Error() == EWOULDBLOCK ? Lib_String(L"somebody else holds the folder")
+        strFault = Lock.Get_Error() == EWOULDBLOCK ? Lib_String(L"another process keeps the folder locked")
                                                    : Get_System_Text(Lock.Get_Error());
         return false;
     }
