@@ -8,6 +8,7 @@
 #include <concepts>
 #include <cstdarg>
 #include <cstring>
+#include <new>
 #include <type_traits>
 
 /// Text of 8-bit characters in the system's ANSI code page, reference-counted and copied on write. Copying

@@ -74,6 +74,42 @@ void alloc_Copy(Lib_Self& dest, unsigned long long nCount, unsigned long long nI
 void concat_Copy(unsigned long long nCount1, const Lib_Char* pText1, unsigned long long nCount2,
                  const Lib_Char* pText2);
 
+/// memmove for at least one character, without its call for as few as a word mostly has.
+static void move_Word(Lib_Char* pTarget, const Lib_Char* pSource, unsigned long long nCount) noexcept
+{
+    struct Sixteen_Bytes
+    {
+        unsigned long long m_nHalves[2];
+    };
+    const unsigned long long nSize = nCount * sizeof(Lib_Char);
+    pSource = std::launder(pSource); // no warning then that a long text would overrun the short one in sight
+    if (nSize > 2 * sizeof(Sixteen_Bytes))
+        std::memmove(pTarget, pSource, nSize);
+    else if (nSize >= sizeof(Sixteen_Bytes))
+        move_Ends<Sixteen_Bytes>(pTarget, pSource, nSize);
+    else if (nSize >= sizeof(unsigned long long))
+        move_Ends<unsigned long long>(pTarget, pSource, nSize);
+    else if (nSize >= sizeof(unsigned int))
+        move_Ends<unsigned int>(pTarget, pSource, nSize);
+    else if (nSize >= sizeof(unsigned short))
+        move_Ends<unsigned short>(pTarget, pSource, nSize);
+    else
+        *pTarget = *pSource;
+}
+
+/// The first and the last of the bytes, which may overlap: both are read before either is written.
+template <class Piece>
+static void move_Ends(void* pTarget, const void* pSource, unsigned long long nSize) noexcept
+{
+    const unsigned long long nLast = nSize - sizeof(Piece);
+    Piece front;
+    Piece back;
+    std::memcpy(&front, pSource, sizeof(Piece));
+    std::memcpy(&back, static_cast<const char*>(pSource) + nLast, sizeof(Piece));
+    std::memcpy(pTarget, &front, sizeof(Piece));
+    std::memcpy(static_cast<char*>(pTarget) + nLast, &back, sizeof(Piece));
+}
+
 /// Appends characters, which may lie in this string's own block.
 void concat_In_Place(unsigned long long nCount, const Lib_Char* pText)
 {
@@ -86,7 +122,7 @@ void concat_In_Place(unsigned long long nCount, const Lib_Char* pText)
         concat_Elsewhere(nCount, pText);
         return;
     }
-    std::memmove(m_pChars + nLength, pText, nCount * sizeof(Lib_Char));
+    move_Word(m_pChars + nLength, pText, nCount);
     pBlock->m_nLength = nLength + nCount;
     m_pChars[nLength + nCount] = 0;
 }
@@ -99,7 +135,7 @@ void concat_Character_In_Place(Lib_Char ch)
     const unsigned long long nLength = pBlock->m_nLength;
     if (nLength >= pBlock->m_nAlloc_Length || pBlock->Is_Shared())
     {
-        concat_Elsewhere(1, &ch);
+        concat_Character_Elsewhere(ch);
         return;
     }
     pBlock->m_nLength = nLength + 1;
@@ -108,8 +144,10 @@ void concat_Character_In_Place(Lib_Char ch)
     pEnd[1] = 0;
 }
 
-/// The same by moving to a new block.
+/// The same two by moving to a new block. The character comes by value: one whose address is taken is kept in
+/// memory by its caller's loop.
 void concat_Elsewhere(unsigned long long nCount, const Lib_Char* pText);
+void concat_Character_Elsewhere(Lib_Char ch);
 
 /// Takes one holder from a block and frees it after the last; m_pChars stays as it is.
 void release(Data* pBlock) noexcept
@@ -122,23 +160,17 @@ void release() noexcept { Flush(); }
 /// The same for a block that isn't the shared empty one.
 void drop_Holder(Data* pBlock) noexcept
 {
-    // Only the one holder of a block locks it, so a block that isn't locked is left by its last holder at 0;
-    // the test for that alone is the cheaper instruction.
-    if (pBlock->Is_Locked())
-        drop_Locked(pBlock);
-    else if (--pBlock->m_nRef_Count == 0)
+    // A locked block has one holder too: its count goes from -1 to -2.
+    if (pBlock->m_nRef_Count.fetch_sub(1) <= 1)
         free_Data(pBlock);
 }
-
-/// The same for a locked block, whose count goes below 0.
-void drop_Locked(Data* pBlock) noexcept;
 
 /// Shares the source's block, or copies the text up to its first NUL when the source is locked. For
 /// constructors: there is no previous block.
 void init_Copy(const Lib_Self& source)
 {
     Data* pBlock = source.get_Data();
-    if (pBlock->m_nRef_Count.load(std::memory_order_acquire) < 0)
+    if (pBlock->Is_Locked())
     {
         init_Text_Copy(source);
         return;

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstdarg>
 #include <cstring>
+#include <new>
 #include <type_traits>
 
 /// Text of 16-bit units, reference-counted and copied on write. Copying costs one atomic increment. The

@@ -14,8 +14,9 @@ inline bool Is_White_Space(wchar_t unit)
         return (LOW >> unit & 1) != 0;
     if (unit < 0x100)
         return unit == 0x85 || unit == 0xA0;
+    const wchar_t above = unit; // whose address is taken, so that the quick ways keep the unit in a register
     WORD type = 0;
-    return unit != 0xFFFF && GetStringTypeW(CT_CTYPE1, &unit, 1, &type) && (type & C1_SPACE) != 0;
+    return unit != 0xFFFF && GetStringTypeW(CT_CTYPE1, &above, 1, &type) && (type & C1_SPACE) != 0;
 }
 
 /// A byte counts as the 16-bit unit that it gives when widened with its sign.

@@ -1,6 +1,8 @@
 #ifndef QNLIB_SRC_STRINGS_CHARACTERS_H
 #define QNLIB_SRC_STRINGS_CHARACTERS_H
 
+#include "strings/scan.h"
+
 #include <cstddef>
 #include <cstring>
 #include <type_traits>
@@ -28,21 +30,7 @@ void Copy(Char* pTarget, const Char* pSource, std::size_t nCount) noexcept
 
 /// Characters before the NUL.
 inline std::size_t Length(const char* pText) noexcept { return std::strlen(pText); }
-inline std::size_t Length(const wchar_t* pText) noexcept
-{
-    // Several units a round: a round's one jump back costs as much as looking at a unit.
-    for (std::size_t i = 0;; i += 4)
-    {
-        if (pText[i] == 0)
-            return i;
-        if (pText[i + 1] == 0)
-            return i + 1;
-        if (pText[i + 2] == 0)
-            return i + 2;
-        if (pText[i + 3] == 0)
-            return i + 3;
-    }
-}
+inline std::size_t Length(const wchar_t* pText) noexcept { return scan::Length_Before(pText, 0); }
 
 /// Characters before the NUL, at most nLimit; nothing behind the limit is read.
 template <class Char>

@@ -21,6 +21,9 @@ std::size_t Find_Text(const char* pText, std::size_t nLength, const char* pPart,
 std::size_t Find_Text(const wchar_t* pText, std::size_t nLength, const wchar_t* pPart,
                       std::size_t nPart) noexcept;
 
+/// Units before the first `ch`, or before the NUL, of a text whose length isn't known.
+std::size_t Length_Before(const wchar_t* pText, wchar_t ch) noexcept;
+
 } // namespace scan
 
 #endif

@@ -15,6 +15,14 @@
 namespace
 {
 
+std::size_t length_Before_Plain(const wchar_t* pText, wchar_t ch) noexcept
+{
+    std::size_t i = 0;
+    while (pText[i] != ch && pText[i] != 0)
+        ++i;
+    return i;
+}
+
 #if defined(__SSE2__)
 
 template <class Char>
@@ -53,7 +61,30 @@ struct Vector
 
 #include "strings/scan_kernels.inl"
 
+// Reads the aligned vectors that hold the text whole, also before it and behind its end: no page ends inside
+// one.
+[[gnu::no_sanitize("address", "thread")]] std::size_t length_Before(const wchar_t* pText, wchar_t ch) noexcept
+{
+    using V = Vector<wchar_t>;
+    const auto nBegin = reinterpret_cast<std::uintptr_t>(pText);
+    if (nBegin % sizeof(wchar_t) != 0)
+        return length_Before_Plain(pText, ch);
+    const std::uintptr_t nInside = nBegin % sizeof(__m128i);
+    const __m128i wanted = V::Fill(ch);
+    const auto* pVector = reinterpret_cast<const __m128i*>(nBegin - nInside);
+    unsigned int nBits = V::Hits(V::Mark(*pVector, wanted)) >> nInside << nInside;
+    while (nBits == 0)
+        nBits = V::Hits(V::Mark(*++pVector, wanted));
+    const std::uintptr_t nFound = reinterpret_cast<std::uintptr_t>(pVector) + first_Lane<char>(nBits);
+    return (nFound - nBegin) / sizeof(wchar_t);
+}
+
 #else
+
+std::size_t length_Before(const wchar_t* pText, wchar_t ch) noexcept
+{
+    return length_Before_Plain(pText, ch);
+}
 
 template <class Char>
 std::size_t find_Character(const Char* pText, std::size_t nLength, Char ch) noexcept
@@ -122,4 +153,9 @@ std::size_t scan::Find_Text(const wchar_t* pText, std::size_t nLength, const wch
                             std::size_t nPart) noexcept
 {
     return kernels().m_pFind_TextW(pText, nLength, pPart, nPart);
+}
+
+std::size_t scan::Length_Before(const wchar_t* pText, wchar_t ch) noexcept
+{
+    return length_Before(pText, ch);
 }

@@ -7,12 +7,6 @@ unsigned long long String::measure_Text(const Char* pText) noexcept { return cha
 
 void String::free_Data(Data* pBlock) noexcept { ::operator delete(pBlock); }
 
-void String::drop_Locked(Data* pBlock) noexcept
-{
-    if (--pBlock->m_nRef_Count <= 0)
-        free_Data(pBlock);
-}
-
 unsigned long long String::st_Add_Lengths(unsigned long long nLeft, unsigned long long nRight)
 {
     if (nRight > ~0ULL - nLeft)
@@ -104,6 +98,8 @@ void String::concat_Elsewhere(unsigned long long nCount, const Char* pText)
     concat_Copy(pOld->m_nLength, m_pChars, nCount, pText);
     release(pOld);
 }
+
+void String::concat_Character_Elsewhere(Char ch) { concat_Elsewhere(1, &ch); }
 
 void String::init_Text_Copy(const String& source)
 {

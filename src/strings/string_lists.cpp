@@ -185,8 +185,7 @@ unsigned long long Lib_Split_String(const wchar_t* pText, wchar_t chSeparator, L
     do
     {
         const wchar_t* pStart = pAt;
-        while (*pAt != chSeparator && *pAt != 0)
-            ++pAt;
+        pAt += scan::Length_Before(pAt, chSeparator);
         pStrings->Add({pStart, pAt});
         while (*pAt == chSeparator && *pAt != 0)
             ++pAt;

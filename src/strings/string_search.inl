@@ -15,6 +15,8 @@ const Char* text_Or_Empty(const Char* pText) noexcept
 // the buffer, the length may be too small.
 std::size_t first_Nul(const Char* pText, std::size_t nLength) noexcept
 {
+    if constexpr (sizeof(Char) == 1)
+        return std::strlen(reinterpret_cast<const char*>(pText)); // the cast is for the other width to compile
     const std::size_t nFound = scan::Find_Character(pText, nLength, Char(0));
     return nFound != scan::None ? nFound : nLength + characters::Length(pText + nLength);
 }

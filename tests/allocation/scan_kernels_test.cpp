@@ -55,6 +55,13 @@ void Check(const scan::Kernels& kernels, std::minstd_rand& random, std::size_t n
     ASSERT_EQ(static_cast<std::size_t>(pStretch_End - pText),
               Find_Character(kernels, pText, nLength, Char(0)));
 
+    if constexpr (sizeof(Char) == 2)
+    {
+        for (const Char ch : {Char(0), Char('a'), Char('b'), Char('c')})
+            ASSERT_EQ(std::find(static_cast<const Char*>(pText), pStretch_End, ch) - pText,
+                      static_cast<std::ptrdiff_t>(scan::Length_Before(pText, ch)));
+    }
+
     std::vector<Char> part(2 + random() % 6, 'a');
     part[random() % part.size()] = 'b';
     ASSERT_EQ(Expected(std::search(static_cast<const Char*>(pText), pStretch_End, part.begin(), part.end()),

@@ -1,5 +1,7 @@
 #include "string_probe.h"
 
+#include <vector>
+
 using namespace test_support;
 
 // What random sequences (string_sequence_test.cpp) don't come to.
@@ -69,6 +71,26 @@ TYPED_TEST(String_Core, Takes_And_Appends_Text_Of_Its_Own)
     text += static_cast<const Char*>(text) + 10;
     EXPECT_TEXT_EQ(T("cdefefcdefefef"), text) << "where the block is shared";
     EXPECT_TEXT_EQ(T("cdefefcdefef"), shared);
+}
+
+TYPED_TEST(String_Core, Appends_Words_Of_Every_Length)
+{
+    using Char = Char_Of<TypeParam>;
+    constexpr unsigned long long nMost = 40;
+    Open<TypeParam> text;
+    text.Get_Buffer(nMost * nMost);
+    std::vector<Char> expected;
+    for (unsigned long long nLength = 1; nLength < nMost; ++nLength)
+    {
+        std::vector<Char> word;
+        for (unsigned long long i = 0; i < nLength; ++i)
+            word.push_back(static_cast<Char>('A' + (nLength + i) % 50));
+        expected.insert(expected.end(), word.begin(), word.end());
+        word.push_back(0);
+        text += word.data();
+        ASSERT_EQ(expected, std::vector<Char>(text.m_pChars, text.m_pChars + text.Get_Length())) << nLength;
+        ASSERT_EQ(0, text.m_pChars[text.Get_Length()]) << nLength;
+    }
 }
 
 TYPED_TEST(String_Core, Refuses_A_Size_That_Cannot_Be_Counted)
