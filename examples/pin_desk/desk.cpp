@@ -17,11 +17,15 @@ constexpr std::size_t MOST_SERIES = 1'000;
 
 Answer make_Answer(bool bDone, const Lib_String& strText) { return Answer{bDone, strText}; }
 
-/// Plain PINs live as long as the comparison. One that cannot be deciphered equals nothing.
+/// Plain PINs live as long as the comparison. None is empty, so one that comes out so could not be
+/// deciphered, which is no wrong PIN.
 bool is_Same_Pin(const Lib_Protected_String& Left, const Lib_Protected_String& Right)
 {
     const Lib_String strLeft = Left.Get_String();
-    return !strLeft.Is_Empty() && strLeft == Right.Get_String();
+    const Lib_String strRight = Right.Get_String();
+    if (strLeft.Is_Empty() || strRight.Is_Empty())
+        throw std::bad_alloc();
+    return strLeft == strRight;
 }
 
 Answer no_Such_Card() { return make_Answer(false, L"no such card"); }

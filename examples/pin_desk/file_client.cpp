@@ -96,7 +96,7 @@ void File_Client::work()
     }
 }
 
-std::shared_ptr<Job> File_Client::take()
+std::shared_ptr<Job> File_Client::take() noexcept
 {
     const Lock_Guard Guard(m_Lock);
     if (m_Queue.empty())

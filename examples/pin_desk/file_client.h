@@ -42,7 +42,7 @@ public:
 private:
     static unsigned int run(void* pClient);
     void work();
-    std::shared_ptr<Job> take();
+    std::shared_ptr<Job> take() noexcept; ///< without its lock the client can't go on, nor the desk wait
 
     Sessions& m_All;
     const Lib_Event& m_Progress;

@@ -24,7 +24,8 @@ public:
     }
 
     void Add_Malformed(unsigned int nLine, const Lib_String& strFault);
-    void Add_Request(unsigned int nLine, const Request& request);
+    /// The request is in the job.
+    void Add_Request(const std::shared_ptr<Job>& pJob);
 
     /// Waits until everything is reported.
     void Finish();
@@ -57,12 +58,10 @@ void File_Service::Add_Malformed(unsigned int nLine, const Lib_String& strFault)
     add(pJob);
 }
 
-void File_Service::Add_Request(unsigned int nLine, const Request& request)
+void File_Service::Add_Request(const std::shared_ptr<Job>& pJob)
 {
-    const auto pJob = std::make_shared<Job>();
-    pJob->m_nLine = nLine;
+    const Request& request = pJob->m_Request;
     pJob->m_Client = {request.m_Session.value_or(m_nOwn_Session), request.m_nClient};
-    pJob->m_Request = request;
     File_Client* pClient = find_Client(*pJob);
     if (pClient == nullptr)
         pJob->m_bDone = true;
@@ -152,13 +151,14 @@ void serve_Line(unsigned int nLine, Lib_String& strLine, const Clock& clock, Fil
 {
     if (strLine.Is_Empty() || strLine.Get_At(0) == L'#')
         return;
-    Request request;
+    const auto pJob = std::make_shared<Job>(); // a copy of the request could lose its PIN for want of memory
+    pJob->m_nLine = nLine;
     Lib_String strFault;
-    const bool bRead = Read_Request(strLine, clock, request, strFault);
+    const bool bRead = Read_Request(strLine, clock, pJob->m_Request, strFault);
     strLine.Empty(); // serving may take long
     Wipe_Stack();
     if (bRead)
-        Service.Add_Request(nLine, request);
+        Service.Add_Request(pJob);
     else
         Service.Add_Malformed(nLine, strFault);
 }
@@ -177,6 +177,7 @@ bool serve_Lines(Line_Reader& Reader, unsigned int nLimit, const Clock& clock, F
             Service.Add_Malformed(Reader.Get_Line_Number(), strLine);
         else
             serve_Line(Reader.Get_Line_Number(), strLine, clock, Service);
+        Wipe_Stack();
     }
     return true;
 }

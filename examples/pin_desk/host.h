@@ -16,7 +16,8 @@ int Run_Pin_Desk(int nArguments, wchar_t** ppArguments);
 std::FILE* Open_For_Reading(const Lib_String& strPath);
 
 /// Waits for bytes of a file that was opened there and takes as many as there are, at most nRoom: 0 at the
-/// end, and when a stop signal has come, -1 when it cannot be read, with the reason in errno.
+/// end, and when a stop signal has come (on Windows when the next bytes have come as well), -1 when it cannot
+/// be read, with the reason in errno.
 long long Read_Bytes(std::FILE* pFile, char* pBytes, std::size_t nRoom);
 
 /// Opens a file by its path in the platform's form, with backslashes, for reading and appending bytes, and

@@ -1,11 +1,20 @@
 #include "line_reader.h"
 
 #include <cstring>
+#include <new>
 
 namespace
 {
 
 constexpr std::size_t BLOCK = 4096;
+
+void append(Lib_Buffer& Line, const char* pBytes, std::size_t nBytes)
+{
+    const auto nOld = Line.Get_Size();
+    Line.Append(pBytes, nBytes);
+    if (Line.Get_Size() != nOld + nBytes)
+        throw std::bad_alloc(); // without a part it would be another line
+}
 
 } // namespace
 
@@ -57,7 +66,7 @@ bool Line_Reader::collect(Lib_Buffer& Line, bool& bTooLong)
                                         : m_nEnd - m_nNext;
         bTooLong = bTooLong || Line.Get_Size() + nLength > LONGEST_LINE;
         if (!bTooLong)
-            Line.Append(pStart, nLength);
+            append(Line, pStart, nLength);
         std::memset(pStart, 0, nLength);
         m_nNext += nLength + (pFeed != nullptr ? 1 : 0);
         m_bWhole = pFeed != nullptr;

@@ -1,6 +1,7 @@
 #include "host.h"
 
 #include <cerrno>
+#include <io.h>
 #include <lib_kernel.h>
 
 // Windows hands texts over in 16 bits, and its console must be told that the report is UTF-8.
@@ -13,16 +14,12 @@ std::FILE* Open_For_Reading(const Lib_String& strPath)
         errno = EISDIR; // of itself the runtime only says that a directory may not be read
         return nullptr;
     }
-    std::FILE* pFile = _wfopen(strPath, L"rb");
-    if (pFile != nullptr)
-        std::setvbuf(pFile, nullptr, _IONBF, 0); // no block of its own, where lines would stay
-    return pFile;
+    return _wfopen(strPath, L"rb");
 }
 
 long long Read_Bytes(std::FILE* pFile, char* pBytes, std::size_t nRoom)
 {
-    const std::size_t nRead = std::fread(pBytes, 1, nRoom, pFile);
-    return std::ferror(pFile) != 0 ? -1 : static_cast<long long>(nRead);
+    return _read(_fileno(pFile), pBytes, static_cast<unsigned int>(nRoom));
 }
 
 std::FILE* Open_For_Appending(const Lib_String& strPath) { return _wfopen(strPath, L"a+b"); }

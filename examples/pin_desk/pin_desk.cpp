@@ -150,7 +150,7 @@ int Run_Pin_Desk(int nArguments, wchar_t** ppArguments)
         std::fputs("pin_desk: memory is exhausted\n", stderr);
         return EXIT_BROKEN;
     }
-    catch (const std::runtime_error& Error)
+    catch (const std::exception& Error)
     {
         std::fprintf(stderr, "pin_desk: %s\n", Error.what());
         return EXIT_BROKEN;

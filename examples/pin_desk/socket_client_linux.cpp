@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cerrno>
+#include <string_view>
 
 #include <poll.h>
 #include <string.h>
@@ -15,6 +16,31 @@ namespace
 {
 
 bool is_Passing(int nError) { return nError == EAGAIN || nError == EWOULDBLOCK || nError == EINTR; }
+
+/// Counts the lines of what passes, without empty ones and notes, which begin with a `#`.
+class Line_Counter
+{
+public:
+    void Take(const char* pBytes, std::size_t nBytes)
+    {
+        constexpr std::string_view LEFT_OUT = " \t\v\f\r\xEF\xBB\xBF"; // the mark in front of UTF-8, too
+        for (const char ch : std::string_view(pBytes, nBytes))
+        {
+            if (ch == '\n')
+                m_bBegun = false;
+            else if (!m_bBegun && LEFT_OUT.find(ch) == std::string_view::npos)
+            {
+                m_bBegun = true;
+                m_nLines += ch != '#';
+            }
+        }
+    }
+    unsigned long long Get() const { return m_nLines; }
+
+private:
+    unsigned long long m_nLines = 0;
+    bool m_bBegun = false; ///< the line's first character has passed
+};
 
 /// Passes requests and answers on, both ways at once. Requests are wiped when they are sent: there are PINs
 /// in them.
@@ -40,7 +66,9 @@ private:
     std::size_t m_nEnd = 0;
     bool m_bLine_Open = false; ///< the last byte was no line feed
     bool m_bMore = true;       ///< requests may come
-    bool m_bTaken = true;      ///< the desk takes them
+    bool m_bTaken = true;      ///< the desk takes them, and they can be read
+    Line_Counter m_Asked;
+    Line_Counter m_Answered;
 };
 
 int Conversation::Hold()
@@ -59,7 +87,7 @@ int Conversation::Hold()
         if ((Files[0].revents & ~POLLOUT) != 0)
             bAnswers = pass_Answers();
     }
-    return m_bTaken && !has_Unsent() ? EXIT_SERVED : EXIT_CUT_OFF;
+    return m_bTaken && !has_Unsent() && m_Answered.Get() >= m_Asked.Get() ? EXIT_SERVED : EXIT_CUT_OFF;
 }
 
 /// The last line gets its end, without which the desk would take it for a part of one.
@@ -68,11 +96,13 @@ void Conversation::read_Requests()
     const ssize_t nRead = read(STDIN_FILENO, m_Requests.data(), m_Requests.size());
     if (nRead < 0 && is_Passing(errno))
         return;
+    m_bTaken = m_bTaken && nRead >= 0;
     m_nNext = 0;
     m_nEnd = nRead > 0 ? static_cast<std::size_t>(nRead) : 0;
     m_bMore = nRead > 0;
     if (m_nEnd == 0 && m_bLine_Open)
         m_Requests[m_nEnd++] = '\n';
+    m_Asked.Take(m_Requests.data(), m_nEnd);
     m_bLine_Open = m_nEnd != 0 && m_Requests[m_nEnd - 1] != '\n';
     if (!has_Unsent())
         shutdown(m_nSocket, SHUT_WR);
@@ -84,9 +114,10 @@ void Conversation::send_Requests()
         send(m_nSocket, m_Requests.data() + m_nNext, m_nEnd - m_nNext, MSG_NOSIGNAL | MSG_DONTWAIT);
     if (nSent < 0 && is_Passing(errno))
         return;
-    m_bTaken = nSent >= 0;
-    m_bMore = m_bMore && m_bTaken;
-    const std::size_t nGone = m_bTaken ? static_cast<std::size_t>(nSent) : m_nEnd - m_nNext;
+    const bool bSent = nSent >= 0;
+    m_bTaken = m_bTaken && bSent;
+    m_bMore = m_bMore && bSent;
+    const std::size_t nGone = bSent ? static_cast<std::size_t>(nSent) : m_nEnd - m_nNext;
     explicit_bzero(m_Requests.data() + m_nNext, nGone);
     m_nNext += nGone;
     if (!m_bMore && !has_Unsent())
@@ -103,6 +134,7 @@ bool Conversation::pass_Answers()
     m_bTaken = m_bTaken && nRead >= 0; // torn off: not all that was sent has been read
     if (nRead <= 0)
         return false;
+    m_Answered.Take(block, static_cast<std::size_t>(nRead));
     std::fwrite(block, 1, static_cast<std::size_t>(nRead), stdout);
     return std::fflush(stdout) == 0;
 }

@@ -7,7 +7,7 @@
 // begin, and give their exit code.
 
 constexpr int EXIT_SERVED = 0;
-constexpr int EXIT_CUT_OFF = 1;   ///< the desk ended the conversation before it had read all that was asked
+constexpr int EXIT_CUT_OFF = 1;   ///< the desk ended the conversation before all that was asked was answered
 constexpr int EXIT_NO_SOCKET = 5; ///< another desk, another file or the system is in the way
 
 /// Serves until SIGINT or SIGTERM, then ends in order: no new clients, the present ones are told, threads and

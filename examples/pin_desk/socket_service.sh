@@ -102,7 +102,7 @@ says anna "done: left"
 ends anna 0
 echo "desk   $ kill -TERM"
 kill -TERM "${process[desk]}"
-says ben "the desk closes"
+says ben "# the desk closes"
 ends ben 0
 says desk "opened, "
 ends desk 0

@@ -231,7 +231,7 @@ void Connection::serve_All()
     Sessions::Visit Visit(m_Service.m_All);
     serve_Lines(Visit);
     if (m_bTo_End)
-        say(L"the desk closes");
+        say(L"# the desk closes");
 }
 
 /// A line whose end has not come is no request: who knows what it was to be.
@@ -246,7 +246,7 @@ void Connection::serve_Lines(Sessions::Visit& Visit)
         Source.Set_Limit(m_Service.m_Patience);
         const Line_Reader::State state = Reader.Read_Line(strLine);
         if (Source.Was_Late())
-            say(L"the desk has waited long enough");
+            say(L"# the desk has waited long enough");
         if (state == Line_Reader::State::end || state == Line_Reader::State::failed || !Reader.Is_Whole())
             return;
         bGo_On = state == Line_Reader::State::malformed

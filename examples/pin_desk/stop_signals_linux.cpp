@@ -34,8 +34,9 @@ void Catch_Stop_Signals()
     bell = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     if (bell < 0)
         throw std::runtime_error("signals cannot be waited for");
-    std::signal(SIGINT, note);
-    std::signal(SIGTERM, note);
+    for (const int nSignal : {SIGINT, SIGTERM})
+        if (std::signal(nSignal, note) == SIG_IGN)
+            std::signal(nSignal, SIG_IGN); // as shells have it for what runs in the background
 }
 
 const wchar_t* Get_Stop_Signal()

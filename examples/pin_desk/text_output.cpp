@@ -1,11 +1,14 @@
 #include "text_output.h"
 
 #include <cstdio>
+#include <new>
 
 Lib_Buffer To_Utf8(const Lib_String& strLine)
 {
     Lib_Buffer Line;
     Lib_WString_To_UTF8_Buffer(strLine, static_cast<unsigned long>(strLine.Get_Length()), Line);
+    if (Line.Get_Size() == 0 && !strLine.Is_Empty())
+        throw std::bad_alloc();
     return Line;
 }
 

@@ -259,7 +259,7 @@ void test_Clients_At_Once()
     Client late;
     late.Expect("op=show card=K0", "refused: no such card");
     end_In_Order(desk, SIGINT);
-    expect(late.Next() == "the desk closes", "the present client is told");
+    expect(late.Next() == "# the desk closes", "the present client is told");
     expect(late.Next() == "(end)", "and let go");
     expect(desk.Output().Has("2 sessions opened, 2 closed"), "all sessions are closed");
 }
@@ -306,7 +306,7 @@ void test_Bad_Clients()
     }
     good.Expect("op=check card=1 pin=1234", "done: PIN right");
     end_In_Order(desk, SIGTERM);
-    expect(good.Next() == "the desk closes", "the good client is told");
+    expect(good.Next() == "# the desk closes", "the good client is told");
 }
 
 /// One too many is told so, and is welcome when another has left.
@@ -336,14 +336,14 @@ void test_Patience()
 {
     Desk desk({"-idle", "1"});
     Client silent;
-    expect(silent.Next() == "the desk has waited long enough", "a silent client is told");
+    expect(silent.Next() == "# the desk has waited long enough", "a silent client is told");
     expect(silent.Next() == "(end)", "and let go");
 
     Client slow;
     pollfd Answer{slow.Get(), POLLIN, 0};
     for (int i = 0; i < LIMIT / 100 && poll(&Answer, 1, 100) == 0; ++i)
         slow.Send("x");
-    expect(poll(&Answer, 1, 0) == 1 && slow.Next() == "the desk has waited long enough",
+    expect(poll(&Answer, 1, 0) == 1 && slow.Next() == "# the desk has waited long enough",
            "so is one whose line has no end");
     end_In_Order(desk, SIGTERM);
 }
@@ -377,11 +377,17 @@ void test_Asking()
     expect(ask.Output().Next() == "done: 1 card: 1", "the last line has its end");
     expect(ask.Output().Next() == "(end)" && ask.End(0) == 0, "asking ends");
 
+    Process leaves({"-ask", strPath});
+    leaves.Say("# no request\nop=leave\nop=list\n");
+    expect(leaves.Output().Next().rfind("done: left", 0) == 0, "a client leaves");
+    expect(leaves.Output().Next() == "(end)" && leaves.End(0) == 1,
+           "what was not answered is told by the code");
+
     Process until_Closed({"-ask", strPath});
     until_Closed.Say("op=list\n");
     expect(until_Closed.Output().Next().rfind("done: ", 0) == 0, "a client asks");
     end_In_Order(desk, SIGTERM);
-    expect(until_Closed.Output().Next() == "the desk closes", "the end is told");
+    expect(until_Closed.Output().Next() == "# the desk closes", "the end is told");
     expect(until_Closed.End(0) == 0, "asking ends with the desk");
 }
 
