@@ -39,29 +39,29 @@ int make_Shared_Folder(const std::string& folder, mode_t mode)
     return error;
 }
 
-int make_Shared_File(const std::string& path, mode_t mode)
+/// Gives a draft its final name, unless there is one of that name. Some file systems have no links.
+bool publish(const std::string& draft, const std::string& path)
 {
-    std::string draft = get_Draft(path);
-    const int file = mkostemp(draft.data(), O_CLOEXEC);
-    if (file < 0)
-        return errno;
-    const bool made = fchmod(file, mode) == 0 && link(draft.c_str(), path.c_str()) == 0;
-    const int error = made ? 0 : errno;
-    close(file);
-    unlink(draft.c_str());
-    return error;
+    if (link(draft.c_str(), path.c_str()) == 0)
+        return true;
+    const bool no_links = errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS;
+    return no_links && renameat2(AT_FDCWD, draft.c_str(), AT_FDCWD, path.c_str(), RENAME_NOREPLACE) == 0;
 }
 
-/// An empty file. EEXIST when there is one.
+/// An empty file. EEXIST when there is one. It is closed before it has its name: closing a descriptor of a
+/// file takes away every lock that this process has on it, and another thread may have the store open at
+/// once.
 int make_File(const std::string& path, mode_t mode)
 {
-    if (is_Shared(mode))
-        return make_Shared_File(path, mode);
-    const int file = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode);
-    const int error = file < 0 ? errno : 0;
-    if (file >= 0)
-        close(file);
-    return error;
+    std::string draft = get_Draft(path);
+    const int file = mkostemp(draft.data(), O_CLOEXEC); // for its owner alone
+    if (file < 0)
+        return errno;
+    const int error = is_Shared(mode) && fchmod(file, mode) != 0 ? errno : 0;
+    close(file);
+    const int published = error == 0 && !publish(draft, path) ? errno : error;
+    unlink(draft.c_str());
+    return published;
 }
 
 /// Makes one folder, if it is not there.
