@@ -74,8 +74,14 @@ TEST(Directories_On_Linux, Follow_The_Desktops_Convention)
         EXPECT_EQ("/.local/share", Native(localDirectoryPath()));
         EXPECT_EQ("/.local/state/Vorel Co", Native(companyDirectory()));
     }
+    {
+        const Variable data("XDG_DATA_HOME", "/");
+        const Variable state("XDG_STATE_HOME", "///");
+        EXPECT_EQ("/.", Native(localDirectoryPath()));
+        EXPECT_EQ("/./Vorel Co", Native(companyDirectory()));
+    }
     const Variable data("XDG_DATA_HOME", "/srv/data/");
-    const Variable state("XDG_STATE_HOME", "/srv/state");
+    const Variable state("XDG_STATE_HOME", "//srv/state");
     EXPECT_EQ("/srv/data", Native(localDirectoryPath()));
     EXPECT_EQ(0, localLowDirectoryPath().Compare(L"\\srv\\state"));
 }

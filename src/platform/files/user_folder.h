@@ -4,6 +4,7 @@
 // Folders of the user by the desktop's base-directory convention (XDG Base Directory Specification 0.8). In
 // the header alone, since the layer and a provider use it.
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <string>
@@ -15,9 +16,10 @@
 namespace qn_platform
 {
 
-/// Without slashes at the end; the root is "/" still.
+/// With one slash in front and none at the end; the root is "/" still.
 inline std::string Strip_Slashes(std::string folder)
 {
+    folder.erase(0, std::min(folder.find_first_not_of('/'), folder.size()) - 1);
     while (folder.size() > 1 && folder.back() == '/')
     {
         folder.pop_back();
@@ -52,13 +54,13 @@ inline std::string Get_Home()
 }
 
 /// The folder that the variable names, or the default place in the home ("/.local/share"); empty if there is
-/// no home.
+/// no home. The root is "/.": what is put behind a slash, or a backslash, is a path in it.
 inline std::string Get_User_Folder(const char* variable, const char* below_home)
 {
     std::string named = Get_Named_Folder(variable);
     if (!named.empty())
     {
-        return named;
+        return named == "/" ? "/." : named;
     }
     const std::string home = Get_Home();
     return home.size() <= 1 ? (home.empty() ? home : below_home) : home + below_home;
