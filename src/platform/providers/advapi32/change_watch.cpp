@@ -10,8 +10,9 @@ constexpr std::size_t WORDS = std::tuple_size_v<Store_Version>;
 constexpr int REGION_SIZE = 32768; // by which SQLite maps the index
 constexpr std::uint32_t INDEX_FORMAT = 3007000;
 
-/// The header of a store that never changes.
-constexpr std::uint64_t STILL[2 * WORDS] = {INDEX_FORMAT};
+/// The header of a store that never changes: two copies that are the same.
+constexpr std::uint64_t STILL[2 * WORDS] = {INDEX_FORMAT, 0, 0, 0, 0, 0, INDEX_FORMAT};
+static_assert(STILL[WORDS] == INDEX_FORMAT);
 
 } // namespace
 

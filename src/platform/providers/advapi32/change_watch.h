@@ -23,7 +23,7 @@ class Change_Watch
 {
 public:
     /// Takes the index that the connection has mapped, which stays where it is until the connection is
-    /// closed. To be called when a transaction was begun. Without an index every look fails.
+    /// closed. The first transaction maps it. Without an index every look fails.
     void Look_For_Index(sqlite3* database);
 
     /// For a store that nobody else knows.

@@ -24,6 +24,7 @@ constexpr const char* QUERIES[] = {
     "BEGIN IMMEDIATE",
     "COMMIT",
     "ROLLBACK",
+    "PRAGMA user_version",
     "SELECT id FROM reg_key WHERE parent = ? AND folded = ?",
     "SELECT parent FROM reg_key WHERE id = ?",
     "SELECT 1 FROM reg_key WHERE parent = ? LIMIT 1",
@@ -58,6 +59,13 @@ long long get_Milliseconds()
 {
     const auto now = std::chrono::steady_clock::now().time_since_epoch();
     return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
+}
+
+DWORD code_Of_Version(long long version)
+{
+    return version == FORMAT_VERSION  ? ERROR_SUCCESS
+           : version > FORMAT_VERSION ? ERROR_REVISION_MISMATCH
+                                      : ERROR_BADDB;
 }
 
 } // namespace
@@ -109,7 +117,9 @@ DWORD Connection::open(const char* file, int flags)
     sqlite3_db_config(m_pDatabase, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
     int keep_journal = 1;
     sqlite3_file_control(m_pDatabase, "main", SQLITE_FCNTL_PERSIST_WAL, &keep_journal);
-    return ERROR_SUCCESS;
+    DWORD error = ERROR_SUCCESS;
+    Get_Statement(Query::rollback, error); // so that no change stays half done when memory is short later
+    return error;
 }
 
 /// A file of nothing but zeros in these places is one that nobody has written to, unless it has tables.
@@ -127,10 +137,15 @@ DWORD Connection::look_At_Format()
         return error;
     m_bStore = application == APPLICATION_ID && tables != 0;
     if (m_bStore)
-        return version == FORMAT_VERSION  ? ERROR_SUCCESS
-               : version > FORMAT_VERSION ? ERROR_REVISION_MISMATCH
-                                          : ERROR_BADDB;
+        return code_Of_Version(version);
     return application == 0 && version == 0 && tables == 0 ? ERROR_SUCCESS : ERROR_NOT_REGISTRY_FILE;
+}
+
+DWORD Connection::Check_Format()
+{
+    Run run(*this, Query::format);
+    const bool read = run.Step();
+    return run.Get_Error() != ERROR_SUCCESS ? run.Get_Error() : code_Of_Version(read ? run.Get_Number(0) : 0);
 }
 
 DWORD Connection::Open(const std::string& file)
@@ -158,7 +173,11 @@ DWORD Connection::fill(const char* seed) const
                     "column2, CAST(column3 AS BLOB), CAST(upper(column3) AS BLOB), "
                     "(strftime('%s', 'now') + 11644473600) * 10000000 FROM (VALUES ") +
         seed + ")";
-    const DWORD error = execute(TABLES);
+    const std::string marks = "PRAGMA application_id = " + std::to_string(APPLICATION_ID) +
+                              "; PRAGMA user_version = " + std::to_string(FORMAT_VERSION);
+    DWORD error = execute(marks.c_str());
+    if (error == ERROR_SUCCESS)
+        error = execute(TABLES);
     return error == ERROR_SUCCESS ? execute(rows.c_str()) : error;
 }
 
@@ -199,13 +218,7 @@ DWORD Connection::Make_Store(const char* seed)
         return transaction.Get_Error();
     DWORD made = look_At_Format();
     if (made == ERROR_SUCCESS && !m_bStore)
-    {
-        const std::string marks = "PRAGMA application_id = " + std::to_string(APPLICATION_ID) +
-                                  "; PRAGMA user_version = " + std::to_string(FORMAT_VERSION);
-        made = execute(marks.c_str());
-        if (made == ERROR_SUCCESS)
-            made = fill(seed);
-    }
+        made = fill(seed);
     if (made == ERROR_SUCCESS)
         made = transaction.Commit();
     m_bStore = made == ERROR_SUCCESS;

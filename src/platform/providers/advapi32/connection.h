@@ -27,6 +27,7 @@ enum class Query : unsigned int
     begin_write,
     commit,
     rollback,
+    format,        ///< version
     find_key,      ///< parent, folded: id
     has_key,       ///< id: parent
     has_subkeys,   ///< parent: 1
@@ -67,6 +68,10 @@ public:
     void Close();
 
     bool Is_Open() const { return m_pDatabase != nullptr; }
+
+    /// Whether the format is still that of this version, which another program may have changed: 1306, 1009.
+    /// Within a transaction it stays so until the end of that.
+    DWORD Check_Format();
 
     /// False for an empty file, which somebody is about to make a store.
     bool Has_Store() const { return m_bStore; }

@@ -39,6 +39,8 @@ DWORD Code_Of_System(int system_error)
 
 DWORD Code_Of_Sqlite(int result, int system_error)
 {
+    if (result == SQLITE_IOERR_NOMEM) // no fault of the system is behind it
+        return ERROR_NOT_ENOUGH_MEMORY;
     switch (result & 0xFF)
     {
     case SQLITE_OK:

@@ -30,37 +30,6 @@ DWORD Value_Target::Give(DWORD type, std::size_t size, const BYTE* data) const
     return fits ? ERROR_SUCCESS : ERROR_MORE_DATA;
 }
 
-/// What is read between its begin and Keeps() may be kept if that says so.
-class Store_Reader::Sight
-{
-public:
-    explicit Sight(Store_Reader& reader) : m_Reader(reader), m_bGood(reader.m_Watch.Look(m_Version)) {}
-
-    /// Whether it is a look at that state.
-    bool Is_Of(const Store_Version& version) const { return m_bGood && m_Version == version; }
-
-    bool Keeps()
-    {
-        if (!m_Reader.m_Watch.Has_Index())
-            m_Reader.m_Watch.Look_For_Index(m_Reader.m_Connection.Get_Database());
-        Store_Version now;
-        if (!m_bGood || !m_Reader.m_Watch.Look(now) || now != m_Version)
-            return false;
-        if (!m_Reader.m_bKnown || m_Reader.m_Version != m_Version)
-        {
-            m_Reader.m_Cache.Clear();
-            m_Reader.m_Version = m_Version;
-            m_Reader.m_bKnown = true;
-        }
-        return true;
-    }
-
-private:
-    Store_Reader& m_Reader;
-    Store_Version m_Version{};
-    bool m_bGood;
-};
-
 void Store_Reader::Close()
 {
     m_Connection.Close();
@@ -82,13 +51,17 @@ DWORD Store_Reader::open_Stand_In()
     return error;
 }
 
+/// What is asked for next is read in the state m_Version, if that is known, or in a later one.
 DWORD Store_Reader::make_Ready()
 {
-    if (m_Connection.Is_Open() && !m_bStand_In)
-    {
-        refresh();
-        return ERROR_SUCCESS;
-    }
+    if (m_Connection.Is_Open() && m_Connection.Is_In_Transaction())
+        Close(); // one that could not be ended shows an old state
+    const DWORD error = m_Connection.Is_Open() && !m_bStand_In ? ERROR_SUCCESS : open();
+    return error == ERROR_SUCCESS ? refresh() : error;
+}
+
+DWORD Store_Reader::open()
+{
     const DWORD found = m_Place.Find();
     if (found == ERROR_FILE_NOT_FOUND)
         return open_Stand_In();
@@ -99,14 +72,25 @@ DWORD Store_Reader::make_Ready()
     return error == ERROR_SUCCESS && !m_Connection.Has_Store() ? open_Stand_In() : error;
 }
 
-/// Forgets what was found in a former state.
-void Store_Reader::refresh()
+/// Forgets what was found in a former state, and looks whether this one is of our format.
+DWORD Store_Reader::refresh()
 {
-    if (m_bKnown && !m_Watch.Is(m_Version))
-    {
-        m_Cache.Clear();
-        m_bKnown = false;
-    }
+    if (m_bKnown && m_Watch.Is(m_Version))
+        return ERROR_SUCCESS;
+    m_Cache.Clear();
+    if (!m_Watch.Has_Index())
+        m_Watch.Look_For_Index(m_Connection.Get_Database());
+    const bool seen = m_Watch.Look(m_Version);
+    const DWORD error = m_Connection.Check_Format();
+    m_bKnown = seen && error == ERROR_SUCCESS && m_Watch.Is(m_Version);
+    return error;
+}
+
+/// Whether what was just read belongs to the state that is known, so that it may be kept.
+bool Store_Reader::keeps()
+{
+    Store_Version now;
+    return m_bKnown && m_Watch.Look(now) && now == m_Version;
 }
 
 DWORD Store_Reader::has_Key(Id key, DWORD otherwise)
@@ -145,11 +129,10 @@ DWORD Store_Reader::Find_Key(Id base, const Name& path, Id& found)
         found = *known;
         return found != NO_KEY ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
     }
-    Sight sight(*this);
     error = walk(base, path, found);
     if (error == ERROR_SUCCESS && (found == NO_KEY || found == base))
         error = has_Key(base, found == base ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND);
-    if ((error == ERROR_SUCCESS || error == ERROR_FILE_NOT_FOUND) && sight.Keeps())
+    if ((error == ERROR_SUCCESS || error == ERROR_FILE_NOT_FOUND) && keeps())
         m_Cache.Keep_Key(base, path.folded, found);
     return error;
 }
@@ -167,7 +150,6 @@ DWORD Store_Reader::Read_Value(Id key, const Name& name, const Value_Target& tar
     const Listed* const listed = m_bKnown ? m_Cache.Find_Listed_Value(key, name.folded) : nullptr;
     if (listed != nullptr)
         return target.Give(listed->m_nType, listed->m_nSize, listed->m_Data.data());
-    Sight sight(*this);
     Run run(m_Connection, Query::find_value);
     run.Bind(key).Bind(name.folded);
     run.Bind(static_cast<long long>(std::max(target.Get_Room(), Lookup_Cache::MOST_KEPT)));
@@ -175,7 +157,7 @@ DWORD Store_Reader::Read_Value(Id key, const Name& name, const Value_Target& tar
     {
         const DWORD missing =
             run.Get_Error() != ERROR_SUCCESS ? run.Get_Error() : has_Key(key, ERROR_FILE_NOT_FOUND);
-        if (missing == ERROR_FILE_NOT_FOUND && sight.Keeps())
+        if (missing == ERROR_FILE_NOT_FOUND && keeps())
             m_Cache.Keep_Value(key, name.folded, false, 0, nullptr, 0);
         return missing;
     }
@@ -184,7 +166,7 @@ DWORD Store_Reader::Read_Value(Id key, const Name& name, const Value_Target& tar
     const BYTE* const data = run.Get_Bytes(2);
     if (data == nullptr && size != 0 && !run.Is_Null(2))
         return ERROR_NOT_ENOUGH_MEMORY;
-    if (size <= Lookup_Cache::MOST_KEPT && sight.Keeps())
+    if (size <= Lookup_Cache::MOST_KEPT && keeps())
         m_Cache.Keep_Value(key, name.folded, true, type, data, size);
     return target.Give(type, size, data);
 }
@@ -233,20 +215,21 @@ DWORD Store_Reader::find_Listed(Id key, List_Kind kind, DWORD index, const Liste
     Listing* listing = m_bKnown ? m_Cache.Find_Listing(key, kind, index) : nullptr;
     if (listing == nullptr || (index == listing->Get_End() && !listing->m_bAt_End))
     {
-        Sight sight(*this);
         Listing batch;
         batch.m_nKey = key;
         batch.m_Kind = kind;
-        // Behind a name only in the state in which that name had the place before.
-        const bool next = listing != nullptr && !listing->m_Entries.empty() && sight.Is_Of(m_Version);
+        // Behind a name only in the state in which that name has the place before.
+        const bool next = listing != nullptr && !listing->m_Entries.empty();
         const Text behind = next ? listing->m_Entries.back().m_strFolded : Text();
-        DWORD error = read_Batch(batch, index, next ? &behind : nullptr, next ? NEXT_BATCH : FIRST_BATCH);
-        const bool keeps = error == ERROR_SUCCESS && sight.Keeps();
-        if (next && !keeps && error == ERROR_SUCCESS) // that state has gone meanwhile
+        const auto known = next ? static_cast<unsigned int>(listing->m_Entries.size()) : 0;
+        const unsigned int count = next ? std::max(NEXT_BATCH, known) : FIRST_BATCH;
+        DWORD error = read_Batch(batch, index, next ? &behind : nullptr, count);
+        const bool kept = error == ERROR_SUCCESS && keeps();
+        if (next && !kept && error == ERROR_SUCCESS) // that state has gone meanwhile
             error = read_Batch(batch, index, nullptr, FIRST_BATCH);
         if (error != ERROR_SUCCESS)
             return error;
-        listing = keeps ? &m_Cache.Keep_Listing(std::move(batch)) : &(m_Unkept = std::move(batch));
+        listing = kept ? &m_Cache.Keep_Listing(std::move(batch)) : &(m_Unkept = std::move(batch));
     }
     if (index >= listing->Get_End())
         return has_Key(key, ERROR_NO_MORE_ITEMS);

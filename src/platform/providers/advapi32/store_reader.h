@@ -63,11 +63,11 @@ public:
     void Close();
 
 private:
-    class Sight;
-
     DWORD make_Ready();
+    DWORD open();
     DWORD open_Stand_In();
-    void refresh();
+    DWORD refresh();
+    bool keeps();
     DWORD has_Key(Id key, DWORD otherwise);
     DWORD walk(Id base, const Name& path, Id& found);
     DWORD read_Batch(Listing& listing, DWORD index, const Text* behind, unsigned int count);
@@ -79,7 +79,7 @@ private:
     Connection m_Connection;
     bool m_bStand_In = false; ///< the connection is to an empty store in memory
     Change_Watch m_Watch;
-    bool m_bKnown = false; ///< what is kept belongs to m_Version
+    bool m_bKnown = false; ///< what is kept belongs to m_Version, which has a format that is known here
     Store_Version m_Version{};
     Lookup_Cache m_Cache;
     Listing m_Unkept; ///< a list in a state that cannot be told

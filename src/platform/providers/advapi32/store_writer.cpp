@@ -53,6 +53,18 @@ DWORD Store_Writer::Check_Writable()
     return m_bOpen ? static_cast<DWORD>(ERROR_SUCCESS) : m_Place.Check_Writable();
 }
 
+template <class Change>
+DWORD Store_Writer::run(Change change)
+{
+    Transaction transaction(m_Connection, Query::begin_write);
+    DWORD error = transaction.Get_Error();
+    if (error == ERROR_SUCCESS)
+        error = m_Connection.Check_Format();
+    if (error == ERROR_SUCCESS)
+        error = change();
+    return error == ERROR_SUCCESS ? transaction.Commit() : error;
+}
+
 /// Several steps as one change, under the lock.
 template <class Change>
 DWORD Store_Writer::change(Change change)
@@ -61,11 +73,10 @@ DWORD Store_Writer::change(Change change)
     DWORD error = make_Ready();
     if (error != ERROR_SUCCESS)
         return error;
-    Transaction transaction(m_Connection, Query::begin_write);
-    error = transaction.Get_Error();
-    if (error == ERROR_SUCCESS)
-        error = change();
-    return error == ERROR_SUCCESS ? transaction.Commit() : error;
+    error = run(change);
+    if (m_Connection.Is_In_Transaction()) // it could not be taken back: nobody else shall wait for it
+        Close();
+    return error;
 }
 
 DWORD Store_Writer::check_Key(Id key, DWORD otherwise)
@@ -137,18 +148,17 @@ DWORD Store_Writer::Delete_Key(Id key)
         });
 }
 
-/// One statement, which is a transaction of its own.
 DWORD Store_Writer::Set_Value(Id key, const Name& name, DWORD type, const BYTE* data, std::size_t size)
 {
-    const std::lock_guard lock(m_Mutex);
-    DWORD error = make_Ready();
-    if (error != ERROR_SUCCESS)
-        return error;
-    Run run(m_Connection, Query::set_value);
-    run.Bind(key).Bind(name.folded).Bind(name.plain).Bind(static_cast<long long>(type)).Bind(get_Now());
-    error = run.Bind(data, size).Finish();
-    const bool changed = m_Connection.Get_Changes() != 0;
-    return error != ERROR_SUCCESS || changed ? error : static_cast<DWORD>(ERROR_KEY_DELETED);
+    return change(
+        [&]
+        {
+            Run run(m_Connection, Query::set_value);
+            run.Bind(key).Bind(name.folded).Bind(name.plain).Bind(static_cast<long long>(type));
+            const DWORD error = run.Bind(get_Now()).Bind(data, size).Finish();
+            const bool changed = m_Connection.Get_Changes() != 0;
+            return error != ERROR_SUCCESS || changed ? error : static_cast<DWORD>(ERROR_KEY_DELETED);
+        });
 }
 
 DWORD Store_Writer::Delete_Value(Id key, const Name& name)

@@ -43,6 +43,8 @@ public:
 
 private:
     template <class Change>
+    DWORD run(Change change);
+    template <class Change>
     DWORD change(Change change);
 
     DWORD make_Ready();
