@@ -23,13 +23,13 @@
 // | code | when |
 // |------|------------------------------------------------------------------------------------------------|
 // | 2    | there is no such key or value |
-// | 3    | there is no place for the user's store: no data folder and no home |
+// | 3    | the user's store has no place: no data folder, no home; a dead link or a file on the way to a store |
 // | 4    | the process has no file descriptor left, or a million keys open |
 // | 5    | the handle was not opened for that; the store may not be opened, or not be written, by this user |
 // | 6    | the handle is null, closed, or none of a key |
 // | 8    | memory is short |
 // | 19   | the store lies in a file system that is mounted for reading |
-// | 87   | an argument that there is not; a name that is too long |
+// | 87   | an argument that there is not; a name that is too long (2 for a value to be read or removed) |
 // | 112  | the disk is full, or the user's share of it |
 // | 126  | the provider advapi32, or SQLite, is missing |
 // | 161  | a path that begins with a backslash |

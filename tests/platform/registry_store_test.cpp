@@ -10,6 +10,8 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
+#include <utility>
 
 #include <sched.h>
 #include <sys/mount.h>
@@ -65,16 +67,19 @@ protected:
         char folder[] = "/dev/shm/test-of-registry-XXXXXX"; // in memory: no test waits for the disk
         m_strFolder = mkdtemp(folder);
         chmod(folder, 0755);
-        m_strOwn_Home = std::getenv("XDG_DATA_HOME");
-        m_strOwn_Machine = std::getenv("QNLIB_MACHINE_STORE");
+        for (const char* pName : {"XDG_DATA_HOME", "QNLIB_MACHINE_STORE", "XDG_STATE_HOME", "HOME"})
+        {
+            const char* const pValue = std::getenv(pName);
+            m_Own.emplace_back(pName, pValue != nullptr ? std::optional<std::string>(pValue) : std::nullopt);
+        }
         setenv("XDG_DATA_HOME", m_strFolder.c_str(), 1);
         setenv("QNLIB_MACHINE_STORE", (m_strFolder + "/machine").c_str(), 1);
         m_strFile = m_strFolder + "/qnlib/registry.db";
     }
     void TearDown() override
     {
-        setenv("XDG_DATA_HOME", m_strOwn_Home.c_str(), 1);
-        setenv("QNLIB_MACHINE_STORE", m_strOwn_Machine.c_str(), 1);
+        for (const auto& [pName, value] : m_Own)
+            value ? setenv(pName, value->c_str(), 1) : unsetenv(pName);
         std::filesystem::remove_all(m_strFolder);
     }
 
@@ -104,7 +109,7 @@ protected:
                 return HasFailure() ? 1 : permitted ? 0 : MAY_NOT;
             });
         if (nEnd == MAY_NOT)
-            GTEST_SKIP() << "may not mount a disk";
+            GTEST_SKIP() << "only root may mount a disk or leave the root";
         EXPECT_EQ(0, nEnd);
     }
 
@@ -135,8 +140,7 @@ protected:
 
     std::string m_strFolder;
     std::string m_strFile;
-    std::string m_strOwn_Home;
-    std::string m_strOwn_Machine;
+    std::vector<std::pair<const char*, std::optional<std::string>>> m_Own; ///< of the environment
 };
 
 } // namespace
@@ -186,6 +190,11 @@ TEST_F(Registry_Store, Needs_A_Place)
     if (getuid() != 0)
         GTEST_SKIP() << "only root can become somebody else";
     Expect_Codes(HKEY_CURRENT_USER, 2, 5, 12345); // the folder is somebody else's
+    chmod(m_strFolder.c_str(), 0700);
+    setenv("QNLIB_MACHINE_STORE", "/nowhere", 1);
+    Expect_Codes(HKEY_CURRENT_USER, 5, 5, 12345);
+    Expect_Codes(HKEY_CLASSES_ROOT, 2, 5, 12345);
+    chmod(m_strFolder.c_str(), 0755);
     unsetenv("XDG_DATA_HOME");
     unsetenv("HOME");
     Expect_Codes(HKEY_CURRENT_USER, 3, 3, 12345); // whom the user database does not know
@@ -204,17 +213,13 @@ TEST_F(Registry_Store, Needs_A_Place)
         EXPECT_EQ(nullptr, found);
         return HasFailure() ? 1 : 0;
     };
-    const char* const pState = std::getenv("XDG_STATE_HOME");
-    const std::string strState = pState != nullptr ? pState : "";
     unsetenv("XDG_STATE_HOME");
     EXPECT_EQ(0, In_Other_Process(ask_For_Folders));
-    setenv("XDG_STATE_HOME", strState.c_str(), 1);
     setenv("XDG_DATA_HOME", "relative", 1);
     Expect_Codes(HKEY_CURRENT_USER, 3, 3, 12345);
     setenv("HOME", m_strFolder.c_str(), 1);
     Expect_Codes(HKEY_CURRENT_USER, 2, 0);
     EXPECT_EQ(0700u, Get_Mode("/.local/share/qnlib"));
-    setenv("HOME", "/root", 1);
 }
 
 TEST_F(Registry_Store, Is_Not_Made_Behind_A_Link_That_Leads_Nowhere)
@@ -251,6 +256,28 @@ TEST_F(Registry_Store, Is_Not_Overwritten_When_It_Is_No_Good)
     Expect_Untouched(Make_Database((strTable + strMark + "PRAGMA user_version = 2").c_str()), 1306);
     Expect_Untouched(Make_Database((strTable + strMark + "PRAGMA user_version = 1").c_str()), 1009);
     Expect_Untouched(Make_Database((strTable + strMark).c_str()).substr(0, 4200), 1009);
+}
+
+TEST_F(Registry_Store, Is_Left_Alone_Once_A_Newer_Version_Has_Changed_Its_Format)
+{
+    Elsewhere(
+        [this]
+        {
+            HKEY key = nullptr;
+            EXPECT_EQ(0, write_Store(HKEY_CURRENT_USER));
+            EXPECT_EQ(0, RegOpenKeyExW(HKEY_CURRENT_USER, KEY_PATH, 0, KEY_ALL_ACCESS, &key));
+            EXPECT_EQ(0, RegQueryValueExW(key, L"v", nullptr, nullptr, nullptr, nullptr));
+            Query_Store(m_strFile, "PRAGMA user_version = 2");
+            EXPECT_EQ(1306, RegQueryValueExW(key, L"v", nullptr, nullptr, nullptr, nullptr));
+            EXPECT_EQ(1306, RegSetValueExW(key, L"v", 0, REG_NONE, nullptr, 0));
+            EXPECT_EQ(1306, RegDeleteKeyW(key, L""));
+            EXPECT_EQ("616263", Query_Store(m_strFile, "SELECT hex(data) FROM reg_value"));
+            Query_Store(m_strFile, "PRAGMA user_version = 1");
+            EXPECT_EQ(0, RegDeleteKeyValueW(key, nullptr, L"v"));
+            EXPECT_EQ(2, RegQueryValueExW(key, L"v", nullptr, nullptr, nullptr, nullptr));
+            RegCloseKey(key);
+            return true;
+        });
 }
 
 TEST_F(Registry_Store, Tells_Damage_Inside)
@@ -415,6 +442,45 @@ TEST_F(Registry_Store, Shows_Itself_Under_Other_Roots)
             EXPECT_EQ(0, create(HKEY_CURRENT_CONFIG, L"c", "c"));
             EXPECT_EQ("c",
                       read(HKEY_LOCAL_MACHINE, L"SYSTEM\\CurrentControlSet\\Hardware Profiles\\Current\\C"));
+            return true;
+        });
+}
+
+TEST_F(Registry_Store, Goes_On_With_One_Key_Of_Two_When_The_Other_Is_Deleted)
+{
+    Elsewhere(
+        []
+        {
+            const auto make = [](HKEY root, const wchar_t* path)
+            {
+                HKEY key = nullptr;
+                EXPECT_EQ(0,
+                          RegCreateKeyExW(root, path, 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr));
+                return key;
+            };
+            const auto open = [](HKEY key)
+            {
+                HKEY below = nullptr;
+                return RegOpenKeyExW(key, L"missing", 0, KEY_READ, &below);
+            };
+            const auto set = [](HKEY key) { return RegSetValueExW(key, L"v", 0, REG_NONE, nullptr, 0); };
+            for (const auto& [gone, left] : {std::pair{HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER},
+                                             std::pair{HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}})
+            {
+                for (const HKEY root : {gone, left})
+                    RegCloseKey(make(root, L"Software\\Classes\\two"));
+                const HKEY key = make(HKEY_CLASSES_ROOT, L"two");
+                EXPECT_EQ(0, RegDeleteKeyW(gone, L"Software\\Classes\\two"));
+                EXPECT_EQ(2, open(key));
+                RegCloseKey(make(key, L"new"));
+                EXPECT_EQ(0, RegDeleteKeyW(left, L"Software\\Classes\\two\\new"));
+                EXPECT_EQ(0, set(key));
+                EXPECT_EQ(0, RegDeleteKeyValueW(left, L"Software\\Classes\\two", L"v"));
+                EXPECT_EQ(0, RegDeleteKeyW(key, L""));
+                EXPECT_EQ(1018, open(key));
+                EXPECT_EQ(1018, set(key));
+                RegCloseKey(key);
+            }
             return true;
         });
 }

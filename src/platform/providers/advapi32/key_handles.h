@@ -30,6 +30,8 @@ struct Open_Key
     Key_Place first;
     Key_Place second;
     REGSAM access = 0;
+
+    bool Is_Two() const { return first.Is_There() && second.Is_There(); }
 };
 
 /// A new handle. Null with the code 4 or 8 when there is no room.

@@ -37,6 +37,13 @@ DWORD find_Place(Key_Place& place, const Name& path)
     return error;
 }
 
+/// Of one of two stores, that it shows no such key: a user may have no home, or one that is not his.
+bool is_Missing(DWORD error)
+{
+    return error == ERROR_FILE_NOT_FOUND || error == ERROR_KEY_DELETED || error == ERROR_PATH_NOT_FOUND ||
+           error == ERROR_ACCESS_DENIED;
+}
+
 DWORD find_Root(LPCWSTR path, Open_Key& key)
 {
     Name name;
@@ -55,7 +62,11 @@ bool Is_Predefined(HKEY handle)
 DWORD Find_Open_Key(HKEY handle, Open_Key& key)
 {
     if (!Is_Predefined(handle))
-        return Find_Key_Handle(handle, key) ? ERROR_SUCCESS : ERROR_INVALID_HANDLE;
+    {
+        if (!Find_Key_Handle(handle, key))
+            return ERROR_INVALID_HANDLE;
+        return key.Is_Two() ? Find_Below(key, {}) : static_cast<DWORD>(ERROR_SUCCESS);
+    }
     Stores& stores = Stores::Get();
     const Key_Place user{&stores.user, ROOT_KEY};
     const Key_Place machine{&stores.machine, ROOT_KEY};
@@ -93,13 +104,16 @@ void Enter_User(Open_Key& base, Name& path)
 /// One that is missing doesn't matter while the other one is there.
 DWORD Find_Below(Open_Key& key, const Name& path)
 {
-    const DWORD first = key.first.Is_There() ? find_Place(key.first, path) : ERROR_FILE_NOT_FOUND;
-    const bool missing = first == ERROR_FILE_NOT_FOUND || first == ERROR_KEY_DELETED ||
-                         first == ERROR_PATH_NOT_FOUND; // a user without a home has no store
-    if (!key.second.Is_There() || !(first == ERROR_SUCCESS || missing))
+    if (!key.Is_Two())
+        return find_Place(key.first.Is_There() ? key.first : key.second, path);
+    const DWORD first = find_Place(key.first, path);
+    if (first != ERROR_SUCCESS && !is_Missing(first))
         return first;
     const DWORD second = find_Place(key.second, path);
-    return first == ERROR_SUCCESS ? first : second;
+    const bool suffices = first == ERROR_SUCCESS
+                              ? is_Missing(second)
+                              : first == ERROR_FILE_NOT_FOUND && second == ERROR_KEY_DELETED;
+    return suffices ? first : second;
 }
 
 bool Are_Rights(REGSAM wanted)

@@ -10,7 +10,8 @@ namespace qn_advapi32
 
 bool Is_Predefined(HKEY handle);
 
-/// What a handle or a predefined key stands for; the latter is open for everything. 6 for what is neither.
+/// What a handle or a predefined key stands for; the latter is open for everything. 6 for what is neither. Of
+/// two keys, one that was deleted is none; 1018 when both were.
 DWORD Find_Open_Key(HKEY handle, Open_Key& key);
 
 /// The same, with the rights looked at: 5 when one of `access` is missing.
@@ -19,7 +20,7 @@ DWORD Find_Open_Key_For(HKEY handle, REGSAM access, Open_Key& key);
 /// A path from HKEY_USERS whose first name is the user's SID begins at the root of the user's store.
 void Enter_User(Open_Key& base, Name& path);
 
-/// From a key to the one at a path below it. 2, or 1018 when the base is gone.
+/// From a key to the one at a path below it, which may be the key itself. 2, or 1018 when the base is gone.
 DWORD Find_Below(Open_Key& key, const Name& path);
 
 /// Whether there are such rights.

@@ -58,6 +58,42 @@ DWORD find_By_Path(HKEY handle, LPCWSTR text, Open_Key& base, Name& path, Open_K
     return Find_Below(found, path);
 }
 
+// Between a look-up and the work, others may delete what was found; then it is looked for again.
+
+/// Works on a handle's key; of two, only the one that is left is worked on then.
+template <class Work>
+DWORD work_On(HKEY handle, REGSAM access, Work work)
+{
+    DWORD error = ERROR_SUCCESS;
+    for (bool again = true; again;)
+    {
+        Open_Key key;
+        error = Find_Open_Key_For(handle, access, key);
+        if (error == ERROR_SUCCESS)
+            error = work(key);
+        again = error == ERROR_KEY_DELETED && key.Is_Two();
+    }
+    return error;
+}
+
+/// Works on the key at a path: `work(base, path, key)`.
+template <class Work>
+DWORD work_By_Path(HKEY handle, LPCWSTR text, Work work)
+{
+    DWORD error = ERROR_KEY_DELETED;
+    for (int round = 0; round < MOST_ROUNDS && error == ERROR_KEY_DELETED; ++round)
+    {
+        Open_Key base;
+        Open_Key key;
+        Name path;
+        const DWORD found = find_By_Path(handle, text, base, path, key);
+        if (found != ERROR_SUCCESS)
+            return found;
+        error = work(base, path, key);
+    }
+    return error;
+}
+
 DWORD check_Creation(DWORD reserved, DWORD options, REGSAM access, LPSECURITY_ATTRIBUTES attributes)
 {
     constexpr DWORD KNOWN =
@@ -104,28 +140,31 @@ DWORD create(Open_Key base, Name path, const Text& class_name, Open_Key& made, b
 DWORD open_Or_Create(HKEY handle, LPCWSTR text, LPCWSTR class_text, Open_Key& key, bool& created)
 {
     Name class_name;
-    Open_Key base;
-    Name path;
     DWORD error = Read_Name(class_text, MOST_CLASS_NAME, class_name);
-    if (error != ERROR_SUCCESS)
-        return error;
-    error = find_Base(handle, text, base, path);
-    if (error != ERROR_SUCCESS)
-        return error;
-    key = base;
-    error = Find_Below(key, path);
-    return error == ERROR_FILE_NOT_FOUND ? create(base, path, class_name.plain, key, created) : error;
+    for (int round = 0; round < MOST_ROUNDS && (error == ERROR_SUCCESS || error == ERROR_KEY_DELETED);
+         ++round)
+    {
+        Open_Key base;
+        Name path;
+        const DWORD found = find_By_Path(handle, text, base, path, key);
+        if (found != ERROR_FILE_NOT_FOUND)
+            return found;
+        error = create(base, path, class_name.plain, key, created);
+        if (error == ERROR_SUCCESS)
+            return error;
+    }
+    return error;
 }
 
-/// A key of the two that was deleted is one that is not there, as long as the other one is.
 DWORD read_Value(const Open_Key& key, const Name& name, const Value_Target& target)
 {
-    const DWORD first = key.first.Is_There() ? key.first.store->reader.Read_Value(key.first.id, name, target)
-                                             : static_cast<DWORD>(ERROR_FILE_NOT_FOUND);
-    if (!key.second.Is_There() || (first != ERROR_FILE_NOT_FOUND && first != ERROR_KEY_DELETED))
-        return first;
-    const DWORD second = key.second.store->reader.Read_Value(key.second.id, name, target);
-    return second == ERROR_KEY_DELETED && key.first.Is_There() ? first : second;
+    DWORD error = ERROR_FILE_NOT_FOUND;
+    for (const Key_Place& place : {key.first, key.second})
+    {
+        if (place.Is_There() && error == ERROR_FILE_NOT_FOUND)
+            error = place.store->reader.Read_Value(place.id, name, target);
+    }
+    return error;
 }
 
 /// What a list is shown to that wants a copy of the entry.
@@ -157,11 +196,11 @@ DWORD read_Both_Lists(const Open_Key& key, List_Kind kind, DWORD index, Listed& 
         const bool has_second = second == ERROR_SUCCESS;
         for (const DWORD error : {first, second})
         {
-            if (error != ERROR_SUCCESS && error != ERROR_NO_MORE_ITEMS && error != ERROR_KEY_DELETED)
+            if (error != ERROR_SUCCESS && error != ERROR_NO_MORE_ITEMS)
                 return error;
         }
         if (!has_first && !has_second)
-            return first == ERROR_KEY_DELETED ? second : static_cast<DWORD>(ERROR_NO_MORE_ITEMS);
+            return ERROR_NO_MORE_ITEMS;
         const int order = has_first && has_second ? Compare_Stored(entry.m_strFolded, other.m_strFolded)
                           : has_first             ? -1
                                                   : 1;
@@ -178,7 +217,7 @@ DWORD read_Both_Lists(const Open_Key& key, List_Kind kind, DWORD index, Listed& 
 template <class Use>
 DWORD read_List(const Open_Key& key, List_Kind kind, DWORD index, Use use)
 {
-    if (!key.first.Is_There() || !key.second.Is_There())
+    if (!key.Is_Two())
     {
         const Key_Place& place = Get_Written(key);
         return place.store->reader.Read_List(place.id, kind, index, use);
@@ -344,14 +383,14 @@ extern "C"
         return guard(
             [&]
             {
-                Open_Key key;
-                Name name;
-                const DWORD error = Find_Open_Key_For(handle, KEY_QUERY_VALUE, key);
-                if (error != ERROR_SUCCESS)
-                    return error;
-                const bool known = Read_Name(text, MOST_VALUE_NAME, name) == ERROR_SUCCESS;
-                return known ? read_Value(key, name, {type, data, size})
-                             : static_cast<DWORD>(ERROR_FILE_NOT_FOUND);
+                const auto read = [&](const Open_Key& key)
+                {
+                    Name name;
+                    const bool known = Read_Name(text, MOST_VALUE_NAME, name) == ERROR_SUCCESS;
+                    return known ? read_Value(key, name, {type, data, size})
+                                 : static_cast<DWORD>(ERROR_FILE_NOT_FOUND);
+                };
+                return work_On(handle, KEY_QUERY_VALUE, read);
             });
     }
 
@@ -364,11 +403,10 @@ extern "C"
         return guard(
             [&]
             {
-                Open_Key key;
-                const DWORD error = Find_Open_Key_For(handle, KEY_QUERY_VALUE, key);
-                return error == ERROR_SUCCESS
-                           ? enumerate_Value(key, index, name, name_length, {type, data, size})
-                           : error;
+                const auto enumerate = [&](const Open_Key& key) {
+                    return enumerate_Value(key, index, name, name_length, {type, data, size});
+                };
+                return work_On(handle, KEY_QUERY_VALUE, enumerate);
             });
     }
 
@@ -382,17 +420,18 @@ extern "C"
         return guard(
             [&]
             {
-                Open_Key key;
-                Name name;
-                DWORD error = Find_Open_Key_For(handle, KEY_SET_VALUE, key);
-                if (error == ERROR_SUCCESS)
-                    error = Read_Name(text, MOST_VALUE_NAME, name);
-                if (error == ERROR_SUCCESS && size > MOST_VALUE)
-                    error = ERROR_NO_SYSTEM_RESOURCES;
-                const Key_Place& place = Get_Written(key);
-                return error == ERROR_SUCCESS
-                           ? place.store->writer.Set_Value(place.id, name, type, data, size)
-                           : error;
+                const auto set = [&](const Open_Key& key)
+                {
+                    Name name;
+                    DWORD error = Read_Name(text, MOST_VALUE_NAME, name);
+                    if (error == ERROR_SUCCESS && size > MOST_VALUE)
+                        error = ERROR_NO_SYSTEM_RESOURCES;
+                    const Key_Place& place = Get_Written(key);
+                    return error == ERROR_SUCCESS
+                               ? place.store->writer.Set_Value(place.id, name, type, data, size)
+                               : error;
+                };
+                return work_On(handle, KEY_SET_VALUE, set);
             });
     }
 
@@ -401,17 +440,17 @@ extern "C"
         return guard(
             [&]
             {
-                Open_Key base;
-                Open_Key key;
-                Name path;
-                Name name;
-                DWORD error = find_By_Path(handle, text, base, path, key);
-                if (error == ERROR_SUCCESS && path.folded.empty() && (base.access & KEY_SET_VALUE) == 0)
-                    error = ERROR_ACCESS_DENIED;
-                if (error == ERROR_SUCCESS && Read_Name(name_text, MOST_VALUE_NAME, name) != ERROR_SUCCESS)
-                    error = ERROR_FILE_NOT_FOUND;
-                const Key_Place& place = Get_Written(key);
-                return error == ERROR_SUCCESS ? place.store->writer.Delete_Value(place.id, name) : error;
+                const auto remove = [&](const Open_Key& base, const Name& path, const Open_Key& key)
+                {
+                    Name name;
+                    if (path.folded.empty() && (base.access & KEY_SET_VALUE) == 0)
+                        return static_cast<DWORD>(ERROR_ACCESS_DENIED);
+                    if (Read_Name(name_text, MOST_VALUE_NAME, name) != ERROR_SUCCESS)
+                        return static_cast<DWORD>(ERROR_FILE_NOT_FOUND);
+                    const Key_Place& place = Get_Written(key);
+                    return place.store->writer.Delete_Value(place.id, name);
+                };
+                return work_By_Path(handle, text, remove);
             });
     }
 
@@ -424,11 +463,9 @@ extern "C"
         return guard(
             [&]
             {
-                Open_Key key;
-                const DWORD error = Find_Open_Key_For(handle, KEY_ENUMERATE_SUB_KEYS, key);
-                return error == ERROR_SUCCESS
-                           ? enumerate_Key(key, index, name, name_length, class_name, class_length, written)
-                           : error;
+                const auto enumerate = [&](const Open_Key& key)
+                { return enumerate_Key(key, index, name, name_length, class_name, class_length, written); };
+                return work_On(handle, KEY_ENUMERATE_SUB_KEYS, enumerate);
             });
     }
 
@@ -439,18 +476,14 @@ extern "C"
         return guard(
             [&]
             {
-                Open_Key base;
-                Open_Key key;
-                Name path;
-                DWORD error = find_By_Path(handle, text, base, path, key);
-                if (error == ERROR_SUCCESS && path.folded.empty() && Is_Predefined(handle))
-                    error = ERROR_ACCESS_DENIED;
-                if (error != ERROR_SUCCESS)
-                    return error;
-                const Key_Place& place = Get_Written(key);
-                error = place.store->writer.Delete_Key(place.id);
-                // Somebody else may have deleted it just now; or the key above it.
-                return error == ERROR_KEY_DELETED && !path.folded.empty() ? Find_Below(base, path) : error;
+                const auto remove = [&](const Open_Key&, const Name& path, const Open_Key& key)
+                {
+                    const Key_Place& place = Get_Written(key);
+                    return path.folded.empty() && Is_Predefined(handle)
+                               ? static_cast<DWORD>(ERROR_ACCESS_DENIED)
+                               : place.store->writer.Delete_Key(place.id);
+                };
+                return work_By_Path(handle, text, remove);
             });
     }
 
