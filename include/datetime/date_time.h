@@ -36,10 +36,10 @@ public:
     /// platform refuses, such as one before 1601.
     Lib_DateTime(double dtValue, bool bLocal);
 
-    /// Seconds since 1970, UTC, from -43200 up to but not including 32536846800 (which is in the year 3001;
-    /// the platform of the other target may end up to 14 hours before that and refuse what is negative). 0.0
-    /// for others, in an assignment too. A plain number means this always, a double too, which loses its
-    /// fraction: for a value in days write Lib_DateTime(value, false).
+    /// Seconds since 1970, UTC, from -43200 up to but not including 32536846800, which is in the year 3001;
+    /// the other target's runtime may end with the year 3000, and refuse what is negative. 0.0 for others, in
+    /// an assignment too. A plain number means this always, a double too, which loses its fraction: for a
+    /// value in days write Lib_DateTime(value, false).
     Lib_DateTime(long long nTime);
 
     const Lib_DateTime& operator=(const Lib_DateTime& source)
@@ -97,7 +97,8 @@ public:
     /// The text of the value, or of its local time, as the locale writes dates: short date and time, of which
     /// the date is left out on 30 December 1899 and the time at midnight. `nFlags` as in Parse_Date_Time; the
     /// identifiers 0x400, 0x800 and 0 mean the user's locale. Empty for a value, a locale or flags that the
-    /// platform refuses; there is no local time of dates before 1601.
+    /// platform refuses; there is no local time of dates before 1601. Throws std::bad_alloc when the platform
+    /// is short of memory.
     virtual Lib_String Format(unsigned long nFlags, unsigned long nLocale, bool bTo_Local) const;
 
     /// The text of the value by string `nId` of a module's table, in the user's default locale; null means
@@ -107,8 +108,9 @@ public:
     /// The text of the value by a format of the runtime's wcsftime. Empty for a text of more than 127 units,
     /// a bad format, or a value that cannot be broken down; the last leaves the runtime's locale alone.
     /// Otherwise the runtime's locale, which is the process's, is that of the identifier during the call (the
-    /// user's default for an identifier that platform or runtime don't know) and the user's default behind
-    /// it, whatever it was before. That default is the runtime's, which the platform's 0x400 need not be: on
+    /// user's default for an identifier that platform or runtime don't know, or are short of memory for: they
+    /// don't tell which) and the user's default behind it, whatever it was before; "C" where that cannot be
+    /// had. That default is the runtime's, which the platform's 0x400 need not be: on
     /// Linux LC_ALL, LC_TIME and LANG tell it, but LC_ALL, LC_MESSAGES and LANG the other one. Nothing guards
     /// that: calls of several threads may see one another's locale.
     virtual Lib_String Format(const wchar_t* pFormat, unsigned long nLocale) const;
@@ -126,8 +128,9 @@ public:
     bool operator!=(const Lib_DateTime& other) const { return !(*this == other); }
 
     /// Add to and subtract from this object, all four of them: the operators of two operands change the left
-    /// one too. `date += Lib_DateTime(1.0, false)` goes on by a day; `date += 1` adds a time_t. A constant
-    /// left operand takes no part: the sum is then one of plain doubles.
+    /// one too. `date += Lib_DateTime(1.0, false)` goes on by a day; `date += 1` adds a time_t, and
+    /// `date + 1` doesn't compile, since it might be a sum of plain numbers. A constant left operand takes no
+    /// part: the sum is then one of plain doubles.
     const Lib_DateTime& operator+=(const Lib_DateTime& other)
     {
         m_dtValue += other.m_dtValue;

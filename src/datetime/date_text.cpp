@@ -4,6 +4,7 @@
 #include "platform/runtime_time.h"
 
 #include <memory>
+#include <new>
 
 namespace
 {
@@ -11,6 +12,7 @@ namespace
 /// Codes of the platform for a text that is no date and for a date that the value cannot hold.
 constexpr unsigned int TYPE_MISMATCH = 0x80020005;
 constexpr unsigned int VALUE_OVERFLOW = 0x8002000A;
+constexpr unsigned int OUT_OF_MEMORY = 0x8007000E;
 
 /// All categories of the runtime's locale, by the platform's number.
 constexpr int ALL_CATEGORIES = 0;
@@ -58,6 +60,13 @@ private:
     int m_nLength = 0;
 };
 
+/// Puts the user's default locale in force, or else "C": no other one stays.
+void select_Default()
+{
+    if (_wsetlocale(ALL_CATEGORIES, L"") == nullptr)
+        _wsetlocale(ALL_CATEGORIES, L"C");
+}
+
 } // namespace
 
 bool Lib_DateTime::Parse_Date_Time(const wchar_t* pText, unsigned long nFlags, unsigned long nLocale,
@@ -80,6 +89,8 @@ Lib_String Lib_DateTime::Format(unsigned long nFlags, unsigned long nLocale, boo
     wchar_t* pText = nullptr;
     const HRESULT nResult =
         VarBstrFromDate(dtValue, static_cast<LCID>(nLocale), static_cast<ULONG>(nFlags), &pText);
+    if (static_cast<unsigned int>(nResult) == OUT_OF_MEMORY)
+        throw std::bad_alloc();
     const std::unique_ptr<wchar_t, Free_Text> pOwner(nResult >= 0 ? pText : nullptr);
     return Lib_String(pOwner.get());
 }
@@ -100,8 +111,8 @@ Lib_String Lib_DateTime::Format(const wchar_t* pFormat, unsigned long nLocale) c
         return Lib_String();
     wchar_t text[128];
     if (_wsetlocale(ALL_CATEGORIES, Locale_Name(static_cast<LCID>(nLocale)).Get()) == nullptr)
-        _wsetlocale(ALL_CATEGORIES, L""); // rather than whatever locale the process is in
+        select_Default(); // rather than whatever locale the process is in
     const bool bDone = pFormat != nullptr && qn_runtime::Format_Time(text, 128, pFormat, Fields) != 0;
-    _wsetlocale(ALL_CATEGORIES, L"");
+    select_Default();
     return bDone ? Lib_String(text) : Lib_String();
 }

@@ -17,7 +17,8 @@ namespace qn_runtime
 /// undefined then.
 ///
 /// Both targets know a A b B c d H I j m M p S U w W x X y Y z Z and %, and the flag # before them, which
-/// leaves out leading zeros, and takes the long date for c and x. Linux knows those of later runtimes too:
+/// leaves out leading zeros, and takes the long date for c and x. z and Z may both be the zone's name, as in
+/// older runtimes; in Linux z is the bias, "+0100". Linux knows those of later runtimes too:
 /// C D e F g G h n r R t T u V.
 std::size_t Format_Time(wchar_t* buffer, std::size_t capacity, const wchar_t* format, const std::tm& time);
 

@@ -5,6 +5,8 @@
 #include "lib_datetime.h"
 #include "test_text.h"
 
+#include <cstdlib>
+#include <string>
 #include <utility>
 
 using namespace test_support;
@@ -42,11 +44,32 @@ TEST(Date_Allocation, Writes_The_Whole_Text_Or_None_And_Spoils_No_Locale)
     {
         const unsigned long nLocale = 0x400 | Languages[i];
         Lib_String strShort;
-        nFailures +=
-            Call_Failing(nStep * (i + 1), [&] { strShort = When.Format(0, nLocale, false); }).m_bFailed;
+        const Outcome Result =
+            Call_Failing(nStep * (i + 1), [&] { strShort = When.Format(0, nLocale, false); });
+        EXPECT_EQ(Result.m_bFailed, Result.m_bThrown) << std::hex << nLocale;
+        nFailures += Result.m_bFailed;
         const Lib_String strText = write_All(nLocale);
         EXPECT_TEXT_EQ(write_All(Languages[i]), strText) << std::hex << nLocale;
         EXPECT_TRUE(strShort.Is_Empty() || strText.Find(strShort) == 0) << std::hex << nLocale;
     }
     EXPECT_LT(nLanguages * 3 / 4, nFailures);
+}
+
+TEST(Date_Allocation, Leaves_No_Named_Locale_In_Force_Behind_A_Format)
+{
+    // Each round changes the environment, so that the user's locale is looked for anew.
+    const char* const pBefore = std::getenv("LC_TIME");
+    const std::string strBefore = pBefore == nullptr ? "" : pBefore;
+    When.Format(L"%A", 0x419);
+    const unsigned int nFailures = Fail_Each_Allocation(
+        [&](unsigned int nNth)
+        {
+            setenv("LC_TIME", ("fi_FI.UTF-8@" + std::to_string(nNth)).c_str(), 1);
+            const Outcome Result = Call_Failing(nNth, [] { When.Format(L"%A", 0x419); });
+            EXPECT_NE(Lib_String(L"Russian_Russia.1251"), _wsetlocale(0, nullptr));
+            return Result.m_bFailed;
+        });
+    EXPECT_LT(5U, nFailures);
+    setenv("LC_TIME", strBefore.c_str(), 1);
+    _wsetlocale(0, L"C");
 }

@@ -2,8 +2,11 @@
 // both targets; where the other platform layer answers otherwise, the reason stands beside the test.
 
 #include "lib_datetime.h"
+#include "other_thread.h"
 #include "test_text.h"
 
+#include <atomic>
+#include <iterator>
 #include <vector>
 
 using namespace test_support;
@@ -18,6 +21,7 @@ constexpr unsigned long RU = 0x419;
 constexpr unsigned long ZH_CN = 0x804;
 constexpr unsigned long ZH_TW = 0x404;
 constexpr unsigned long SV = 0x41D;
+constexpr unsigned long PL = 0x415;
 constexpr unsigned long HE = 0x40D;
 constexpr unsigned long TH = 0x41E;
 constexpr unsigned long HI = 0x439;
@@ -73,6 +77,18 @@ void expect_Readings(const std::vector<Reading>& Readings, unsigned long nLocale
     }
 }
 
+/// What the locale writes is read as the same value.
+void expect_Back(unsigned long nLocale)
+{
+    for (const double dtValue : {day(1999, 12, 31, 23, 59, 59), day(9999, 12, 31), day(100, 3, 4, 0, 0, 1),
+                                 day(1899, 12, 29, 12, 0, 0), 0.5})
+    {
+        const Lib_String strText = write(dtValue, 0, nLocale);
+        EXPECT_NEAR(dtValue, read(strText, nLocale), 1e-9)
+            << Readable(Text_Of(strText)) << " in " << std::hex << nLocale;
+    }
+}
+
 int current_Year() { return Lib_DateTime::Get_Current().Get_Local().Get_Year(); }
 
 } // namespace
@@ -87,6 +103,9 @@ TEST(Date_Text, Follows_The_Locale)
         {EN_US, L"1/15/2004 6:07:08 PM"},
         {EN_GB, L"15/01/2004 18:07:08"},
         {RU, L"15.01.2004 18:07:08"},
+        {PL, L"15.01.2004 18:07:08"},
+        {HE, L"15.1.2004 18:07:08"},
+        {TH, L"15/1/2004 18:07:08"},
         {ZH_CN, L"2004/1/15 18:07:08"},
         {ZH_TW, L"2004/1/15 \x4E0B\x5348"
                 L"6:07:08"},
@@ -147,14 +166,43 @@ TEST(Date_Text, Is_Empty_When_There_Is_No_Local_Time)
 
 TEST(Date_Text, Is_Read_Back_In_The_Locale_That_Wrote_It)
 {
-    for (const unsigned long nLocale : {EN_US, EN_GB, DE, RU, ZH_CN, SV, HE, TH, HI, JA, INVARIANT})
-        for (const double dtValue : {day(1999, 12, 31, 23, 59, 59), day(9999, 12, 31),
-                                     day(100, 3, 4, 0, 0, 1), day(1899, 12, 29, 12, 0, 0), 0.5})
-        {
-            const Lib_String strText = write(dtValue, 0, nLocale);
-            EXPECT_NEAR(dtValue, read(strText, nLocale), 1e-9)
-                << Readable(Text_Of(strText)) << " in " << std::hex << nLocale;
-        }
+    for (const unsigned long nLocale : {EN_US, EN_GB, DE, RU, PL, ZH_CN, SV, HE, TH, HI, JA, INVARIANT})
+        expect_Back(nLocale);
+}
+
+TEST(Date_Text, Is_Read_Back_With_Full_Stops_In_Times_And_Behind_Dates)
+{
+    if (Windows_Target)
+        GTEST_SKIP() << "Wine reads no full stops in a time and none behind a date";
+    expect_Back(FI);
+    expect_Back(HU);
+}
+
+TEST(Date_Text, Does_Not_Mix_Locales_When_Threads_Write_In_Different_Ones)
+{
+    struct Text
+    {
+        unsigned long m_nLocale;
+        const wchar_t* m_pExpected;
+    };
+    constexpr Text Texts[] = {{EN_US, L"1/15/2004 6:07:08 PM"},
+                              {SV, L"2004-01-15 18:07:08"},
+                              {RU, L"15.01.2004 18:07:08"},
+                              {TH, L"15/1/2004 18:07:08"}};
+    std::atomic<int> nFaults = 0;
+    On_Threads(std::size(Texts),
+               [&](std::size_t nThread)
+               {
+                   const Text& Case = Texts[nThread];
+                   for (int i = 0; i < 2000; ++i)
+                   {
+                       const Lib_String strText = EVENING.Format(0, Case.m_nLocale, false);
+                       Lib_DateTime Back;
+                       nFaults += strText != Case.m_pExpected ||
+                                  !Back.Parse_Date_Time(strText, 0, Case.m_nLocale, false) || Back != EVENING;
+                   }
+               });
+    EXPECT_EQ(0, nFaults);
 }
 
 TEST(Date_Text, Is_Read_In_The_Order_That_Fits)

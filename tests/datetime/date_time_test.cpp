@@ -11,6 +11,40 @@ namespace
 
 double value(const Lib_DateTime& When) { return When; }
 
+/// Tells which of its virtual operations the others go through.
+class Derived_Date : public Lib_DateTime
+{
+public:
+    using Lib_DateTime::Format;
+    using Lib_DateTime::Lib_DateTime;
+
+    int Get_Hour() const override { return 1; }
+    int Get_Minute() const override { return 2; }
+    int Get_Second() const override { return 3; }
+    bool Set_Date_Time(int nYear, int nMonth, int nDay, int nHour, int nMinute, int nSecond) override
+    {
+        m_Fields = {nYear, nMonth, nDay, nHour, nMinute, nSecond};
+        return false;
+    }
+    Lib_String Format(const wchar_t* pFormat, unsigned long nLocale) const override
+    {
+        EXPECT_EQ(0x400u, nLocale);
+        return pFormat;
+    }
+
+    static double Get_Local_Value(double dtValue) { return to_Local(dtValue); }
+    static double Get_System_Value(double dtValue) { return to_System(dtValue); }
+
+    std::tuple<int, int, int, int, int, int> m_Fields;
+};
+
+long long join(const std::tm& Fields)
+{
+    const double dtValue = Lib_DateTime(Fields.tm_year + 1900, Fields.tm_mon + 1, Fields.tm_mday, 0, 0, 0);
+    return static_cast<long long>(dtValue) * 86400 + Fields.tm_hour * 3600 + Fields.tm_min * 60 +
+           Fields.tm_sec;
+}
+
 } // namespace
 
 TEST(Date_Time, Keeps_Its_Value_When_Fields_Are_Refused)
@@ -105,6 +139,42 @@ TEST(Date_Time, Is_Equal_Within_A_Tolerance)
     EXPECT_TRUE(Lib_DateTime(0.0, false) == Lib_DateTime(dTolerance / 2, false));
     EXPECT_FALSE(Lib_DateTime(0.0, false) == Lib_DateTime(dTolerance, false));
     EXPECT_TRUE(Lib_DateTime(0.0, false) != Lib_DateTime(-dTolerance, false));
+}
+
+TEST(Date_Time, Is_Ahead_In_Local_Time_As_The_Runtime_Tells)
+{
+    const std::time_t nNow = std::time(nullptr);
+    const double dAhead = static_cast<double>(join(*std::localtime(&nNow)) - join(*std::gmtime(&nNow)));
+    for (const double dtValue : {38001.5, 38183.5, value(Lib_DateTime(nNow))})
+    {
+        const Lib_DateTime Local = Lib_DateTime(dtValue, false).Get_Local();
+        EXPECT_NEAR(dAhead / 86400, value(Local) - dtValue, 1e-9);
+        EXPECT_NEAR(dtValue, value(Local.Get_System()), 1e-9);
+        EXPECT_EQ(value(Local), Derived_Date::Get_Local_Value(dtValue));
+        EXPECT_EQ(value(Local.Get_System()), Derived_Date::Get_System_Value(Local));
+        EXPECT_EQ(value(Local.Get_System()), value(Lib_DateTime(value(Local), true)));
+    }
+}
+
+TEST(Date_Time, Goes_Through_What_A_Derived_Class_Overrides)
+{
+    Derived_Date When(1.5, false);
+    EXPECT_FALSE(When.Set_Date(2004, 2, 29));
+    EXPECT_EQ(std::tuple(2004, 2, 29, 0, 0, 0), When.m_Fields);
+    EXPECT_FALSE(When.Set_Time(7, 8, 9));
+    EXPECT_EQ(std::tuple(1899, 12, 30, 7, 8, 9), When.m_Fields);
+    EXPECT_EQ(1.5, value(When));
+    EXPECT_EQ(3723, When.Get_Total_Seconds());
+    EXPECT_TEXT_EQ(L"%Y-%m-%d at %H:%M", When.Format(3u, nullptr));
+}
+
+TEST(Date_Time, Leaves_The_Mark_Of_Summer_Time_To_The_Caller)
+{
+    std::tm Fields{};
+    Fields.tm_isdst = 7;
+    EXPECT_TRUE(Lib_DateTime(1.5, false).To_tm(Fields));
+    EXPECT_EQ(7, Fields.tm_isdst);
+    EXPECT_EQ(12, Fields.tm_hour);
 }
 
 TEST(Date_Time, Casts_To_A_File_Time)

@@ -1,5 +1,7 @@
 #include "platform/providers/oleaut32/date_words.h"
 
+#include "platform/providers/oleaut32/icu_error.h"
+
 #include <unicode/uchar.h>
 #include <unicode/ustring.h>
 
@@ -25,7 +27,7 @@ std::u16string fold_Case(std::u16string_view text)
     UErrorCode error = U_ZERO_ERROR;
     const int length = u_strFoldCase(folded.data(), static_cast<int32_t>(folded.size()), text.data(),
                                      static_cast<int32_t>(text.size()), U_FOLD_CASE_DEFAULT, &error);
-    folded.resize(U_SUCCESS(error) ? static_cast<std::size_t>(length) : 0);
+    folded.resize(Is_Good(error) ? static_cast<std::size_t>(length) : 0);
     return folded;
 }
 

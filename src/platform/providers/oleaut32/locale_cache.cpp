@@ -48,9 +48,14 @@ const Entry* find_Entry(LCID locale)
 
 bool is_Default(LCID locale)
 {
+    constexpr LCID CUSTOM_DEFAULT = 0xC00;      // the user's, if it has no identifier
+    constexpr LCID CUSTOM_UNSPECIFIED = 0x1000; // any that has none
     return locale == LOCALE_NEUTRAL || locale == LOCALE_USER_DEFAULT || locale == LOCALE_SYSTEM_DEFAULT ||
-           locale == 0xC00 || locale == 0x1000;
+           locale == CUSTOM_DEFAULT || locale == CUSTOM_UNSPECIFIED;
 }
+
+/// Second identifiers of a locale, of which ICU tells the first: Dari without a country, Scottish Gaelic.
+bool is_Alias(LCID locale) { return locale == 0x008C || locale == 0x043C; }
 
 std::string maximize(const std::string& id)
 {
@@ -90,7 +95,8 @@ std::string get_Id(LCID locale)
     char id[LONGEST_ID] = "";
     UErrorCode error = U_ZERO_ERROR;
     uloc_getLocaleForLCID(locale, id, LONGEST_ID, &error);
-    return Is_Good(error) && uloc_getLCID(id) == locale && Has_Data(id) ? complete(id) : std::string();
+    const bool known = Is_Good(error) && (uloc_getLCID(id) == locale || is_Alias(locale));
+    return known && Has_Data(id) ? complete(id) : std::string();
 }
 
 /// The user's, by the environment; a program of the "C" locale or of one without data writes as en_US.
