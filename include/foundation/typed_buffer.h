@@ -27,7 +27,7 @@ public:
 
     /// The element at nIndex; a buffer that ends before it, is grown up to it. The reference is good until
     /// the next change of size. If the buffer cannot grow, the reference is to a spare element outside of it:
-    /// 0 at first, the calling thread's own, and good until that thread meets such a failure again.
+    /// 0 at first, and good until the thread meets such a failure again. There are 61 for all threads.
     T& operator[](unsigned long long nIndex) noexcept;
 
     /// Puts one element behind the others.

@@ -47,10 +47,11 @@ public:
 LIB_API unsigned long long Lib_Split_String(const wchar_t* pText, wchar_t chSeparator, Lib_Strings*& pList);
 
 /// Reads `key=value key=value`. `pTable` receives a new table that the caller deletes, and the result is
-/// its count; when there is no pair the result is 0 and pTable isn't written. A key is the last word
-/// without blanks before a `=`, trimmed; a value reaches to the blank before the next key and isn't
-/// trimmed, so it may contain blanks but no `=`. A `=` that has no text and blank before it takes back the
-/// key in progress. std::bad_alloc and std::length_error leave pTable unwritten.
+/// its count; when there is no pair the result is 0 and pTable isn't written. The first key is all
+/// that stands before the first `=`; a later one is what follows the last blank (U+0020) before its `=`, and
+/// keys are trimmed. A value reaches to that blank and isn't trimmed, so it may contain blanks but no `=`.
+/// Where there is no blank, or nothing before it, the key in progress is taken back, and all of its value
+/// becomes the next key. std::bad_alloc and std::length_error leave pTable unwritten.
 LIB_API unsigned long long Lib_Parse_String(const wchar_t* pText, Lib_Strings_Table*& pTable);
 
 #endif

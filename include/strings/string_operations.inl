@@ -123,7 +123,11 @@ void Make_Reverse();
 /// I64 marks 64-bit integers, F, L and N change nothing. A negative width by * counts as its absolute
 /// value, a negative precision as none. A conversion that isn't in this list takes no argument for the
 /// reserve; behind one that the formatter might read otherwise (a, ll, z, I32 ...) no further argument is
-/// looked at, so the result may be cut there. It is never overrun. `n` writes nothing on Linux; on Windows
+/// looked at, so the result may be cut there. The reserve also falls short, and the text is cut, for a sign
+/// that `+` or a blank asks for in front of `f` without a precision, for a sign beside a precision of 32 or
+/// more in an integer, for an exponent behind more than some 120 decimals, and beyond 2^31 - 2 characters. It
+/// is never overrun. Text of the other width is mapped unit for unit below 256, not by the code page as the
+/// constructors do it, and to `?` above. `n` writes nothing on Linux; on Windows
 /// the runtime may write through its pointer, and gives an empty text for a format that it refuses and for
 /// 16-bit text that its locale can't express, where Linux prints the character and `?`.
 ///

@@ -82,7 +82,8 @@ public:
     LibT_Buffer<wchar_t> Get() const;
 
     /// The text in the ANSI code page, ended with a NUL: one byte for each unit up to the first NUL, and 1.
-    /// An empty string gives an empty buffer; so do a failed allocation and a failed conversion.
+    /// An empty string gives an empty buffer; so do a failed allocation, a failed conversion and one that
+    /// needs more bytes than that.
     LibT_Buffer<char> GetA() const;
 
     /// The text itself, valid until the string changes; null for an empty string.

@@ -53,7 +53,9 @@ LIB_API bool Lib_WString_To_UTF8_Buffer(const wchar_t* pText, unsigned long nSiz
 
 /// 8-bit text from a buffer that may hold 8-bit or 16-bit text: a copy, or, when IsTextUnicode takes it for
 /// 16-bit text, that text up to its first NUL in the ANSI code page, one byte for each unit. No terminator.
-/// An empty buffer when that fails for want of memory or for the text's length.
+/// Text without a NUL or a control character of either byte order is taken for 8 bits, such as Chinese alone.
+/// An empty buffer when the result cannot be allocated or the text is too long; std::bad_alloc when 16-bit
+/// text cannot be taken in.
 LIB_API Lib_Buffer convertWcharToChar(const Lib_Buffer& buffer);
 
 #endif

@@ -2,6 +2,7 @@
 
 #include "foundation/alloc.h"
 #include "foundation/copy_bytes.h"
+#include "lib_platform.h"
 
 #include <algorithm>
 #include <cstring>
@@ -177,7 +178,10 @@ void Lib_Buffer::init() noexcept
 
 void* Lib_Buffer::st_Spare_Bytes(unsigned long long nSize) noexcept
 {
-    alignas(__STDCPP_DEFAULT_NEW_ALIGNMENT__) static thread_local unsigned char aBytes[Max_Spare_Bytes];
-    std::memset(aBytes, 0, std::min(nSize, Max_Spare_Bytes));
-    return aBytes;
+    // Memory of each thread's own would have to be allocated, on some systems.
+    constexpr DWORD nElements = 61;
+    alignas(__STDCPP_DEFAULT_NEW_ALIGNMENT__) static unsigned char aBytes[nElements][Max_Spare_Bytes];
+    unsigned char* pElement = aBytes[GetCurrentThreadId() % nElements];
+    std::memset(pElement, 0, std::min(nSize, Max_Spare_Bytes));
+    return pElement;
 }

@@ -35,17 +35,16 @@ Lib_String executable_Path()
 {
     constexpr DWORD nLongest = 0x8000;
     Lib_String strPath;
-    for (DWORD nSize = 260; nSize <= nLongest; nSize *= 2)
+    for (DWORD nSize = 260;; nSize = std::min(2 * nSize, nLongest))
     {
         wchar_t* pPath = strPath.Get_Buffer(nSize - 1);
         const DWORD nLength = GetModuleFileNameW(GetModuleHandleW(nullptr), pPath, nSize);
         strPath.Release_Buffer(std::min(nLength, nSize - 1));
-        if (nLength < nSize)
+        if (nLength < nSize || nSize == nLongest)
         {
-            break;
+            return strPath;
         }
     }
-    return strPath;
 }
 
 void write(const Lib_String& strText)

@@ -28,11 +28,15 @@ Lib_Parser_Param::~Lib_Parser_Param() = default;
 
 Lib_Parser_Param& Lib_Parser_Param::operator=(const Lib_Parser_Param& Source)
 {
-    // The strings go first, since they may throw: type, slot and owner change together or not at all.
-    m_strName = Source.m_strName;
-    m_strDefault_Value = Source.m_strDefault_Value;
-    m_strValue_Name = Source.m_strValue_Name;
-    m_strDescription = Source.m_strDescription;
+    // Strings may throw where they are copied, not where such a copy is taken over: all changes or nothing.
+    const Lib_String strName(Source.m_strName);
+    const Lib_String strDefault_Value(Source.m_strDefault_Value);
+    const Lib_String strValue_Name(Source.m_strValue_Name);
+    const Lib_String strDescription(Source.m_strDescription);
+    m_strName = strName;
+    m_strDefault_Value = strDefault_Value;
+    m_strValue_Name = strValue_Name;
+    m_strDescription = strDescription;
     m_bOptional = Source.m_bOptional;
     m_bSet = Source.m_bSet;
     m_Type = Source.m_Type;

@@ -40,6 +40,11 @@ int Parse_Int(const wchar_t* text, int base);
 /// White space, a sign, digits with the locale's decimal point and an optional exponent; no digits give 0.
 double Parse_Double(const char* text);
 
+/// Whether the bounded formatters may take an argument where the conversion is none of c C s S d i u x X o p
+/// e E f g G n, or is one of the first four behind `I64` (`int64`): it may be one of their own, or another
+/// modifier in front of a conversion.
+bool May_Take_Argument(wchar_t conversion, bool int64);
+
 /// Writes `length` units to standard output: UTF-8 on Linux, as the runtime's wide output does on Windows.
 void Write_Standard_Output(const wchar_t* text, std::size_t length);
 

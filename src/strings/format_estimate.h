@@ -2,6 +2,7 @@
 #define QNLIB_SRC_STRINGS_FORMAT_ESTIMATE_H
 
 #include "lib_platform.h"
+#include "platform/runtime_text.h"
 #include "strings/characters.h"
 
 #include <algorithm>
@@ -181,14 +182,11 @@ private:
         }
     }
 
-    // A conversion that isn't known here reserves nothing. Where a platform's formatter may take an argument
-    // for it all the same, no further argument is read.
+    // A conversion that isn't known here reserves nothing. Where the formatter may take an argument for it
+    // all the same, no further argument is read.
     unsigned long long unknown_Item(Char chConversion) noexcept
     {
-        static constexpr Char Maybe_Known[] = {'a', 'A', 'h', 'I', 'j', 'l', 'q',
-                                               't', 'w', 'z', 'Z', '*', '.', 0};
-        const bool bDigit = chConversion >= '0' && chConversion <= '9';
-        if (bDigit || m_Modifier == Modifier::Bits64 || characters::Is_In(chConversion, Maybe_Known))
+        if (qn_runtime::May_Take_Argument(static_cast<wchar_t>(chConversion), m_Modifier == Modifier::Bits64))
             m_bReadable = false;
         return 0;
     }

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
+#include <cstring>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -15,10 +16,18 @@
 namespace
 {
 
+// A unit may stand at an odd address.
+wchar_t unit_At(const wchar_t* pText, std::size_t nIndex) noexcept
+{
+    wchar_t unit;
+    std::memcpy(&unit, reinterpret_cast<const char*>(pText) + nIndex * sizeof(unit), sizeof(unit));
+    return unit;
+}
+
 std::size_t length_Before_Plain(const wchar_t* pText, wchar_t ch) noexcept
 {
     std::size_t i = 0;
-    while (pText[i] != ch && pText[i] != 0)
+    while (unit_At(pText, i) != ch && unit_At(pText, i) != 0)
         ++i;
     return i;
 }
@@ -61,30 +70,7 @@ struct Vector
 
 #include "strings/scan_kernels.inl"
 
-// Reads the aligned vectors that hold the text whole, also before it and behind its end: no page ends inside
-// one.
-[[gnu::no_sanitize("address", "thread")]] std::size_t length_Before(const wchar_t* pText, wchar_t ch) noexcept
-{
-    using V = Vector<wchar_t>;
-    const auto nBegin = reinterpret_cast<std::uintptr_t>(pText);
-    if (nBegin % sizeof(wchar_t) != 0)
-        return length_Before_Plain(pText, ch);
-    const std::uintptr_t nInside = nBegin % sizeof(__m128i);
-    const __m128i wanted = V::Fill(ch);
-    const auto* pVector = reinterpret_cast<const __m128i*>(nBegin - nInside);
-    unsigned int nBits = V::Hits(V::Mark(*pVector, wanted)) >> nInside << nInside;
-    while (nBits == 0)
-        nBits = V::Hits(V::Mark(*++pVector, wanted));
-    const std::uintptr_t nFound = reinterpret_cast<std::uintptr_t>(pVector) + first_Lane<char>(nBits);
-    return (nFound - nBegin) / sizeof(wchar_t);
-}
-
 #else
-
-std::size_t length_Before(const wchar_t* pText, wchar_t ch) noexcept
-{
-    return length_Before_Plain(pText, ch);
-}
 
 template <class Char>
 std::size_t find_Character(const Char* pText, std::size_t nLength, Char ch) noexcept
@@ -104,6 +90,44 @@ std::size_t find_Text(const Char* pText, std::size_t nLength, const Char* pPart,
         if (std::equal(pPart, pPart + nPart, pText + i))
             return i;
     return scan::None;
+}
+
+#endif
+
+// The sanitizers are to see a text that lacks its NUL, and nothing of what lies beside one.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool bSanitized = true;
+#elif defined(__has_feature)
+constexpr bool bSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
+#else
+constexpr bool bSanitized = false;
+#endif
+
+#if defined(__SSE2__)
+
+// Reads the aligned vectors that hold the text whole, also before it and behind its end: no page ends inside
+// one.
+std::size_t length_Before(const wchar_t* pText, wchar_t ch) noexcept
+{
+    using V = Vector<wchar_t>;
+    const auto nBegin = reinterpret_cast<std::uintptr_t>(pText);
+    if (bSanitized || nBegin % sizeof(wchar_t) != 0)
+        return length_Before_Plain(pText, ch);
+    const std::uintptr_t nInside = nBegin % sizeof(__m128i);
+    const __m128i wanted = V::Fill(ch);
+    const auto* pVector = reinterpret_cast<const __m128i*>(nBegin - nInside);
+    unsigned int nBits = V::Hits(V::Mark(*pVector, wanted)) >> nInside << nInside;
+    while (nBits == 0)
+        nBits = V::Hits(V::Mark(*++pVector, wanted));
+    const std::uintptr_t nFound = reinterpret_cast<std::uintptr_t>(pVector) + first_Lane<char>(nBits);
+    return (nFound - nBegin) / sizeof(wchar_t);
+}
+
+#else
+
+std::size_t length_Before(const wchar_t* pText, wchar_t ch) noexcept
+{
+    return length_Before_Plain(pText, ch);
 }
 
 #endif

@@ -209,12 +209,13 @@ void String::trim_Front(Matches matches)
 {
     copy_Before_Write();
     const Char* pText = get_Text();
+    const unsigned long long nLength = Get_Length();
     unsigned long long nRun = 0;
-    while (pText[nRun] != 0 && matches(pText[nRun]))
+    while (nRun < nLength && pText[nRun] != 0 && matches(pText[nRun]))
         ++nRun;
     if (nRun == 0)
         return;
-    const unsigned long long nLeft = Get_Length() - nRun;
+    const unsigned long long nLeft = nLength - nRun;
     characters::Move(m_pChars, pText + nRun, nLeft);
     set_Length(nLeft);
 }

@@ -16,9 +16,13 @@ const Char* text_Or_Empty(const Char* pText) noexcept
 std::size_t first_Nul(const Char* pText, std::size_t nLength) noexcept
 {
     if constexpr (sizeof(Char) == 1)
-        return std::strlen(reinterpret_cast<const char*>(pText)); // the cast is for the other width to compile
-    const std::size_t nFound = scan::Find_Character(pText, nLength, Char(0));
-    return nFound != scan::None ? nFound : nLength + characters::Length(pText + nLength);
+        return std::strlen(
+            reinterpret_cast<const char*>(pText)); // the cast is for the other width to compile
+    else
+    {
+        const std::size_t nFound = scan::Find_Character(pText, nLength, Char(0));
+        return nFound != scan::None ? nFound : nLength + characters::Length(pText + nLength);
+    }
 }
 
 int position_Or_None(std::size_t nPosition) noexcept

@@ -67,6 +67,7 @@ TYPED_TEST(Format, Reserves_By_The_Rules_For_Floating_Point)
     EXPECT_EQ(210U, text.Get_Alloc_Length());
     text.Format(T("%f"), -std::numeric_limits<double>::max());
     EXPECT_EQ(1U + 309 + 1 + 6, text.Get_Length()) << "the largest fits";
+    TestFixture::Expect(T("+1.50000"), 8, T("%+f"), 1.5); // no room is reserved for a sign that is asked for
     // The trial print of 8 bits has room for one character less than so wide a field.
     const unsigned long long nWide = sizeof(Char) == 1 ? 399 : 400;
     text.Flush();

@@ -153,7 +153,7 @@ protected:
         const std::size_t nAt = m_Random.Below(s_nPool);
         Open<TypeParam>& text = m_Strings[nAt];
         Model<Char>& model = m_Models[nAt];
-        m_nOperation = m_Random.Below(19);
+        m_nOperation = m_Random.Below(20);
         if (m_nOperation < 10)
             Change_Block(text, model);
         else
@@ -208,7 +208,7 @@ private:
             text = Ended(units).data(), model.Assign(units);
             return;
         case 3:
-            text += Ended(units).data(), model.Append(units);
+            Append(text, model, units, nOther);
             return;
         case 4:
             Take(text, Random_Units(std::string_view("ab\0", 3)));
@@ -231,6 +231,28 @@ private:
             nOther < 2 ? text.Flush() : void(text.Get_Buffer(10 * nOther));
             nOther < 2 ? model.Flush() : model.Get_Buffer(10 * nOther);
         }
+    }
+
+    /// A text, and what only strings of 16 bits append: a unit, also a NUL, and a string with its NULs.
+    void Append(Open<TypeParam>& text, Model<Char>& model, const Units<Char>& units, std::size_t nOther)
+    {
+        if constexpr (sizeof(Char) == 2)
+        {
+            if (units.size() == 1)
+            {
+                const Char ch = units[0] == ' ' ? Char(0) : units[0];
+                text += ch, model.Append({ch});
+                return;
+            }
+            if (units.size() == 2)
+            {
+                const Units<Char> added = m_Models[nOther].Text();
+                if (model.Text().size() + added.size() < 200)
+                    text += m_Strings[nOther], model.Append(added);
+                return;
+            }
+        }
+        text += Ended(units).data(), model.Append(units);
     }
 
     void Edit(Open<TypeParam>& text, Model<Char>& model)
@@ -283,6 +305,15 @@ private:
             now.erase(now.begin(), std::find_if(now.begin(), nul, [](Char c) { return c != ' '; }));
             text.TrimLeft();
             return model.Edit(now);
+        case 18:
+        {
+            const auto run =
+                std::find_if(std::reverse_iterator(nul), now.rend(), [](Char c) { return c != ' '; }).base();
+            if (run != nul)
+                now.erase(run, now.end()); // and what stands behind the NUL
+            text.TrimRight();
+            return model.Edit(now);
+        }
         default:
             std::reverse(now.begin(), nul);
             text.Make_Reverse();

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <string_view>
 
 #include <string.h>
 
@@ -167,6 +168,12 @@ void Make_Lower(wchar_t* text, std::size_t length) { make_Lower(text, length); }
 void Make_Upper(char* text, std::size_t length) { make_Upper(text, length); }
 
 void Make_Upper(wchar_t* text, std::size_t length) { make_Upper(text, length); }
+
+bool May_Take_Argument(wchar_t conversion, bool)
+{
+    constexpr std::string_view WITH_ARGUMENT = "aAhIjltwz";
+    return conversion < 0x80 && WITH_ARGUMENT.find(static_cast<char>(conversion)) != std::string_view::npos;
+}
 
 void Write_Standard_Output(const wchar_t* text, std::size_t length)
 {

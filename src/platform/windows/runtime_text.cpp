@@ -6,6 +6,7 @@
 #include <climits>
 #include <stdlib.h>
 #include <string.h>
+#include <wchar.h>
 
 // The runtime of Windows follows the locale that _wsetlocale set. While that is "C" the results are the
 // library's own, since runtimes differ in what they answer beyond the sign and in how they fold units
@@ -103,6 +104,11 @@ int Parse_Int(const wchar_t* text, int base)
 }
 
 double Parse_Double(const char* text) { return atof(text); }
+
+bool May_Take_Argument(wchar_t conversion, bool int64)
+{
+    return int64 || (conversion != 0 && wcschr(L"aAhIjlqtwzZFLN*.0123456789", conversion) != nullptr);
+}
 
 void Write_Standard_Output(const wchar_t* text, std::size_t length)
 {
