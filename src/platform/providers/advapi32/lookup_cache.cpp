@@ -17,10 +17,28 @@ constexpr std::size_t MOST_LISTED_SIZE = 512 << 10; ///< of one listing that gro
 
 bool is_Before(const Listed& entry, Text_View folded)
 {
-    return Compare_Stored(entry.m_strFolded, folded) < 0;
+    return Compare_Stored(entry.Get_Folded(), folded) < 0;
 }
 
 } // namespace
+
+Listed::Listed(Text_View folded, Text_View name, Text_View class_name)
+    : m_nFolded(static_cast<unsigned int>(folded.size())), m_nName(static_cast<unsigned int>(name.size()))
+{
+    m_strUnits.reserve(folded.size() + name.size() + class_name.size());
+    m_strUnits.append(folded).append(name).append(class_name);
+}
+
+Listed::Listed(Text_View folded, Text_View name, DWORD type, DWORD size, const BYTE* data)
+    : m_nFolded(static_cast<unsigned int>(folded.size())), m_nName(static_cast<unsigned int>(name.size())),
+      m_nType(type), m_nSize(size), m_bHas_Data(data != nullptr || size == 0)
+{
+    const std::size_t bytes = data != nullptr ? size : 0;
+    const std::size_t units = (bytes + 1) / sizeof(char16_t);
+    m_strUnits.reserve(folded.size() + name.size() + units);
+    m_strUnits.append(folded).append(name).append(units, u'\0');
+    std::copy_n(data, bytes, reinterpret_cast<BYTE*>(m_strUnits.data() + folded.size() + name.size()));
+}
 
 void Lookup_Cache::Clear()
 {
@@ -71,8 +89,8 @@ const Listed* Lookup_Cache::Find_Listed_Value(Id key, Text_View folded) const
             continue;
         const auto found =
             std::lower_bound(listing.m_Entries.begin(), listing.m_Entries.end(), folded, is_Before);
-        const bool same = found != listing.m_Entries.end() && found->m_strFolded == folded;
-        return same && found->m_bHas_Data ? &*found : nullptr;
+        const bool same = found != listing.m_Entries.end() && found->Get_Folded() == folded;
+        return same && found->Has_Data() ? &*found : nullptr;
     }
     return nullptr;
 }

@@ -19,16 +19,41 @@ struct Value
     std::vector<BYTE> m_Data;
 };
 
-/// A key or a value of a list.
-struct Listed
+/// A key or a value of a list. All of its text and bytes lie in one piece: there are thousands of these.
+class Listed
 {
-    Text m_strFolded;
-    Text m_strName;
-    Text m_strClass;   ///< of a key
-    DWORD m_nType = 0; ///< of a value
+public:
+    Listed() = default;
+    Listed(Text_View folded, Text_View name, Text_View class_name);
+
+    /// `data` is null for a value that is too large for the list.
+    Listed(Text_View folded, Text_View name, DWORD type, DWORD size, const BYTE* data);
+
+    Text_View Get_Folded() const { return Text_View(m_strUnits).substr(0, m_nFolded); }
+    Text_View Get_Name() const { return Text_View(m_strUnits).substr(m_nFolded, m_nName); }
+
+    // Of a key.
+    Text_View Get_Class() const { return Text_View(m_strUnits).substr(m_nFolded + m_nName); }
+
+    // Of a value.
+    DWORD Get_Type() const { return m_nType; }
+    DWORD Get_Size() const { return m_nSize; }
+    bool Has_Data() const { return m_bHas_Data; }
+    const BYTE* Get_Data() const
+    {
+        return reinterpret_cast<const BYTE*>(m_strUnits.data() + m_nFolded + m_nName);
+    }
+
+    /// What it needs, about, in bytes.
+    std::size_t Get_Room() const { return sizeof *this + m_strUnits.size() * sizeof(char16_t); }
+
+private:
+    Text m_strUnits; ///< folded, name, and the class or the data
+    unsigned int m_nFolded = 0;
+    unsigned int m_nName = 0;
+    DWORD m_nType = 0;
     DWORD m_nSize = 0;
-    bool m_bHas_Data = false; ///< the value is small enough
-    std::vector<BYTE> m_Data;
+    bool m_bHas_Data = false;
 };
 
 enum class List_Kind

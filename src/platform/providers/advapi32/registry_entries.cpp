@@ -201,7 +201,7 @@ DWORD read_Both_Lists(const Open_Key& key, List_Kind kind, DWORD index, Listed& 
         }
         if (!has_first && !has_second)
             return ERROR_NO_MORE_ITEMS;
-        const int order = has_first && has_second ? Compare_Stored(entry.m_strFolded, other.m_strFolded)
+        const int order = has_first && has_second ? Compare_Stored(entry.Get_Folded(), other.Get_Folded())
                           : has_first             ? -1
                                                   : 1;
         if (order > 0)
@@ -228,7 +228,7 @@ DWORD read_List(const Open_Key& key, List_Kind kind, DWORD index, Use use)
 }
 
 /// False, with nothing written, when there is no room for the text and its NUL.
-bool copy_Text(const Text& text, LPWSTR target, LPDWORD length)
+bool copy_Text(Text_View text, LPWSTR target, LPDWORD length)
 {
     if (text.size() >= *length)
         return false;
@@ -246,17 +246,17 @@ DWORD enumerate_Value(const Open_Key& key, DWORD index, LPWSTR name, LPDWORD nam
         bool is_large = false;
         const auto use = [&](const Listed& entry)
         {
-            const bool room = entry.m_strName.size() < *name_length;
-            is_large = room && !entry.m_bHas_Data && target.m_pData != nullptr;
+            const bool room = entry.Get_Name().size() < *name_length;
+            is_large = room && !entry.Has_Data() && target.m_pData != nullptr;
             if (is_large)
-                large = {entry.m_strName, entry.m_strFolded};
+                large = {Text(entry.Get_Name()), Text(entry.Get_Folded())};
             if (!room)
-                Value_Target{target.m_pType, nullptr, target.m_pSize}.Give(entry.m_nType, entry.m_nSize,
+                Value_Target{target.m_pType, nullptr, target.m_pSize}.Give(entry.Get_Type(), entry.Get_Size(),
                                                                            nullptr);
             if (!room || is_large)
                 return static_cast<DWORD>(ERROR_MORE_DATA);
-            copy_Text(entry.m_strName, name, name_length);
-            return target.Give(entry.m_nType, entry.m_nSize, entry.m_Data.data());
+            copy_Text(entry.Get_Name(), name, name_length);
+            return target.Give(entry.Get_Type(), entry.Get_Size(), entry.Get_Data());
         };
         DWORD error = read_List(key, List_Kind::values, index, use);
         if (!is_large)
@@ -277,7 +277,7 @@ DWORD give_Time(const Open_Key& key, const Listed& entry, LPFILETIME written)
     for (const Key_Place& place : {key.first, key.second})
     {
         if (place.Is_There() && error == ERROR_FILE_NOT_FOUND)
-            error = place.store->reader.Read_Time(place.id, entry.m_strFolded, changed);
+            error = place.store->reader.Read_Time(place.id, entry.Get_Folded(), changed);
     }
     if (error == ERROR_SUCCESS)
         *written = {static_cast<DWORD>(changed), static_cast<DWORD>(changed >> 32)};
@@ -306,14 +306,14 @@ DWORD enumerate_Key(const Open_Key& key, DWORD index, LPWSTR name, LPDWORD name_
     const DWORD error = read_Key(key, index, entry, written != nullptr ? &time : nullptr);
     if (error != ERROR_SUCCESS)
         return error;
-    if (entry.m_strName.size() >= *name_length ||
-        (class_name != nullptr && entry.m_strClass.size() >= *class_length))
+    if (entry.Get_Name().size() >= *name_length ||
+        (class_name != nullptr && entry.Get_Class().size() >= *class_length))
         return ERROR_MORE_DATA;
-    copy_Text(entry.m_strName, name, name_length);
+    copy_Text(entry.Get_Name(), name, name_length);
     if (class_name != nullptr)
-        copy_Text(entry.m_strClass, class_name, class_length);
+        copy_Text(entry.Get_Class(), class_name, class_length);
     else if (class_length != nullptr)
-        *class_length = static_cast<DWORD>(entry.m_strClass.size());
+        *class_length = static_cast<DWORD>(entry.Get_Class().size());
     if (written != nullptr)
         *written = time;
     return ERROR_SUCCESS;

@@ -149,7 +149,7 @@ DWORD Store_Reader::Read_Value(Id key, const Name& name, const Value_Target& tar
                                 : static_cast<DWORD>(ERROR_FILE_NOT_FOUND);
     const Listed* const listed = m_bKnown ? m_Cache.Find_Listed_Value(key, name.folded) : nullptr;
     if (listed != nullptr)
-        return target.Give(listed->m_nType, listed->m_nSize, listed->m_Data.data());
+        return target.Give(listed->Get_Type(), listed->Get_Size(), listed->Get_Data());
     Run run(m_Connection, Query::find_value);
     run.Bind(key).Bind(name.folded);
     run.Bind(static_cast<long long>(std::max(target.Get_Room(), Lookup_Cache::MOST_KEPT)));
@@ -191,20 +191,13 @@ DWORD Store_Reader::read_Batch(Listing& listing, DWORD index, const Text* behind
     bool more = true;
     while (listing.m_nSize < MOST_BATCH && (more = run.Step()))
     {
-        Listed& entry = listing.m_Entries.emplace_back();
-        entry.m_strFolded = run.Get_Text(0);
-        entry.m_strName = run.Get_Text(1);
         if (values)
-        {
-            entry.m_nType = static_cast<DWORD>(run.Get_Number(2));
-            entry.m_nSize = static_cast<DWORD>(run.Get_Number(3));
-            const BYTE* const data = run.Get_Bytes(4);
-            entry.m_bHas_Data = data != nullptr || entry.m_nSize == 0;
-            entry.m_Data.assign(data, data + (data != nullptr ? entry.m_nSize : 0));
-        }
+            listing.m_Entries.emplace_back(run.Get_Text(0), run.Get_Text(1),
+                                           static_cast<DWORD>(run.Get_Number(2)),
+                                           static_cast<DWORD>(run.Get_Number(3)), run.Get_Bytes(4));
         else
-            entry.m_strClass = run.Get_Text(2);
-        listing.m_nSize += sizeof(Listed) + 4 * entry.m_strName.size() + entry.m_Data.size();
+            listing.m_Entries.emplace_back(run.Get_Text(0), run.Get_Text(1), run.Get_Text(2));
+        listing.m_nSize += listing.m_Entries.back().Get_Room();
     }
     listing.m_bAt_End = !more && listing.m_Entries.size() < count;
     return run.Get_Error();
@@ -220,7 +213,7 @@ DWORD Store_Reader::find_Listed(Id key, List_Kind kind, DWORD index, const Liste
         batch.m_Kind = kind;
         // Behind a name only in the state in which that name has the place before.
         const bool next = listing != nullptr && !listing->m_Entries.empty();
-        const Text behind = next ? listing->m_Entries.back().m_strFolded : Text();
+        const Text behind = next ? Text(listing->m_Entries.back().Get_Folded()) : Text();
         const auto known = next ? static_cast<unsigned int>(listing->m_Entries.size()) : 0;
         const unsigned int count = next ? std::max(NEXT_BATCH, known) : FIRST_BATCH;
         DWORD error = read_Batch(batch, index, next ? &behind : nullptr, count);
