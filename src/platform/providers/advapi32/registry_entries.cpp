@@ -64,14 +64,16 @@ DWORD find_By_Path(HKEY handle, LPCWSTR text, Open_Key& base, Name& path, Open_K
 template <class Work>
 DWORD work_On(HKEY handle, REGSAM access, Work work)
 {
-    DWORD error = ERROR_SUCCESS;
-    for (bool again = true; again;)
+    DWORD error = ERROR_KEY_DELETED;
+    for (int round = 0; round < MOST_ROUNDS && error == ERROR_KEY_DELETED; ++round)
     {
         Open_Key key;
-        error = Find_Open_Key_For(handle, access, key);
-        if (error == ERROR_SUCCESS)
-            error = work(key);
-        again = error == ERROR_KEY_DELETED && key.Is_Two();
+        const DWORD found = Find_Open_Key_For(handle, access, key);
+        if (found != ERROR_SUCCESS)
+            return found;
+        error = work(key);
+        if (!key.Is_Two())
+            return error;
     }
     return error;
 }
