@@ -1,3 +1,4 @@
+#include "byte_text.h"
 #include "fuzz_input.h"
 #include "lib_platform.h"
 #include "lib_protected.h"
@@ -10,15 +11,12 @@
 // base64_decode with any flags: what it answers, base64 itself against a model that takes one character at a
 // time, and that what is decoded comes back when it is encoded and decoded again.
 
+using namespace test_support;
+
 namespace
 {
 
 constexpr DWORD WAYS = CRYPT_STRING_STRICT | CRYPT_STRING_NOCRLF | CRYPT_STRING_NOCR;
-
-std::string To_Text(const Lib_Buffer& buffer)
-{
-    return {static_cast<const char*>(buffer.Get_Ptr()), static_cast<std::size_t>(buffer.Get_Size())};
-}
 
 int value_Of(char ch)
 {
@@ -59,14 +57,6 @@ std::optional<std::string> decode_Model(const std::string& strText, bool bStrict
     return strBytes;
 }
 
-/// A text in a block that ends with it.
-Lib_Buffer to_Buffer(const std::string& strText)
-{
-    Lib_Buffer buffer;
-    buffer.Attach_Copy(strText.data(), strText.size());
-    return buffer;
-}
-
 bool is_Written(DWORD nForm)
 {
     return nForm <= CRYPT_STRING_HEXASCII ||
@@ -96,10 +86,10 @@ void check_Round_Trip(const Lib_Buffer& Bytes, unsigned long nFlags)
 
 void check_Decode(const std::string& strText, unsigned long nFlags)
 {
-    Lib_Buffer Output = to_Buffer("before");
-    const bool bDecoded = base64_decode(to_Buffer(strText), Output, nFlags);
+    Lib_Buffer Output = To_Buffer("before");
+    const bool bDecoded = base64_decode(To_Buffer(strText), Output, nFlags);
     FUZZ_CHECK(bDecoded || To_Text(Output) == "before");
-    Lib_Buffer Same = to_Buffer("before");
+    Lib_Buffer Same = To_Buffer("before");
     FUZZ_CHECK(base64_decode(strText, Same, nFlags) == bDecoded && Same == Output);
 
     const auto nForm = static_cast<DWORD>(nFlags) & ~WAYS;
@@ -125,7 +115,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* pData, std::size_t nSi
     nFlags |= static_cast<unsigned long>(nWays >> 1) << 29 & WAYS;
     const std::string strRest(reinterpret_cast<const char*>(Input.Get_Data()), Input.Get_Left());
     if ((nWays & 1) != 0)
-        check_Round_Trip(to_Buffer(strRest), nFlags);
+        check_Round_Trip(To_Buffer(strRest), nFlags);
     else
         check_Decode(strRest, nFlags);
     return 0;

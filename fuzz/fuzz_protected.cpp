@@ -1,6 +1,6 @@
 #include "fuzz_input.h"
 #include "lib_platform.h"
-#include "lib_protected.h"
+#include "protected_probe.h"
 
 #include <cstring>
 #include <string>
@@ -8,31 +8,10 @@
 // Damaged images: any bytes as an image, as a deciphered image, and a good image with some bytes changed, all
 // through the operations for derived classes. And a run of operations against a plain model.
 
+using namespace test_support;
+
 namespace
 {
-
-class Open_Buffer : public Lib_Protected_Buffer
-{
-public:
-    using Lib_Protected_Buffer::m_Image;
-    using Lib_Protected_Buffer::operator=;
-    using Lib_Protected_Buffer::st_Decipher_Data;
-    using Lib_Protected_Buffer::st_Encipher_Data;
-    using Lib_Protected_Buffer::st_Extract_Data_From_Deciphered_Buffer;
-    using Lib_Protected_Buffer::st_Prepare_Buffer_To_Encipher;
-};
-
-Lib_Buffer to_Buffer(const std::string& strBytes)
-{
-    Lib_Buffer buffer;
-    buffer.Attach_Copy(strBytes.data(), strBytes.size());
-    return buffer;
-}
-
-std::string to_Bytes(const Lib_Buffer& buffer)
-{
-    return {static_cast<const char*>(buffer.Get_Ptr()), static_cast<std::size_t>(buffer.Get_Size())};
-}
 
 /// What a deciphered image holds, if anything.
 std::string extract_Model(const std::string& strImage, const std::string& strBefore)
@@ -47,15 +26,15 @@ std::string extract_Model(const std::string& strImage, const std::string& strBef
 
 void check_Deciphered(const std::string& strImage)
 {
-    Lib_Buffer Plain = to_Buffer("before");
-    Open_Buffer::st_Extract_Data_From_Deciphered_Buffer(to_Buffer(strImage), Plain);
-    FUZZ_CHECK(to_Bytes(Plain) == extract_Model(strImage, "before"));
+    Lib_Buffer Plain = To_Buffer("before");
+    Open_Buffer::st_Extract_Data_From_Deciphered_Buffer(To_Buffer(strImage), Plain);
+    FUZZ_CHECK(To_Text(Plain) == extract_Model(strImage, "before"));
 }
 
 void check_Image(const std::string& strImage)
 {
-    Lib_Buffer Plain = to_Buffer("before");
-    Open_Buffer::st_Decipher_Data(to_Buffer(strImage), Plain);
+    Lib_Buffer Plain = To_Buffer("before");
+    Open_Buffer::st_Decipher_Data(To_Buffer(strImage), Plain);
     std::string strExpected = "before";
     if (strImage.empty())
         strExpected.clear();
@@ -65,10 +44,10 @@ void check_Image(const std::string& strImage)
         FUZZ_CHECK(CryptUnprotectMemory(strCopy.data(), static_cast<DWORD>(strCopy.size()), 0));
         strExpected = extract_Model(strCopy, "before");
     }
-    FUZZ_CHECK(to_Bytes(Plain) == strExpected);
+    FUZZ_CHECK(To_Text(Plain) == strExpected);
 
     Open_Buffer Object;
-    Object.m_Image = to_Buffer(strImage);
+    Object.m_Image = To_Buffer(strImage);
     Object.Append("tail", 4);
     Object.Make_Reverse();
     const Lib_Buffer Content(Object);
@@ -82,9 +61,9 @@ void check_Enciphered(std::string strImage)
     std::string strTurned = strImage;
     FUZZ_CHECK(strTurned.empty() ||
                CryptProtectMemory(strTurned.data(), static_cast<DWORD>(strTurned.size()), 0));
-    Lib_Buffer Plain = to_Buffer("before");
-    Open_Buffer::st_Decipher_Data(to_Buffer(strTurned), Plain);
-    FUZZ_CHECK(to_Bytes(Plain) == (strImage.empty() ? "" : extract_Model(strImage, "before")));
+    Lib_Buffer Plain = To_Buffer("before");
+    Open_Buffer::st_Decipher_Data(To_Buffer(strTurned), Plain);
+    FUZZ_CHECK(To_Text(Plain) == (strImage.empty() ? "" : extract_Model(strImage, "before")));
 }
 
 void check_Operations(Fuzz_Input& Input)
@@ -100,7 +79,7 @@ void check_Operations(Fuzz_Input& Input)
         switch (nOperation)
         {
         case 0:
-            Object = to_Buffer(strPart);
+            Object = To_Buffer(strPart);
             strModel = strPart;
             break;
         case 1:
@@ -118,10 +97,10 @@ void check_Operations(Fuzz_Input& Input)
             Object.Append(strPart.data(), strPart.size());
             strModel += strPart;
         }
-        FUZZ_CHECK(to_Bytes(Object) == strModel);
+        FUZZ_CHECK(To_Text(Object) == strModel);
         FUZZ_CHECK(Object.m_Image.Get_Size() ==
                    (strModel.empty() ? 0 : (strModel.size() + 8 + 15) / 16 * 16));
-        FUZZ_CHECK((Object < to_Buffer(strPart)) == (to_Buffer(strModel) < to_Buffer(strPart)));
+        FUZZ_CHECK((Object < To_Buffer(strPart)) == (To_Buffer(strModel) < To_Buffer(strPart)));
     }
 }
 

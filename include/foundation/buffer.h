@@ -74,7 +74,8 @@ public:
     /// Releases the content and takes over the block at pData, which must not lie in the present one.
     void Attach(void* pData, unsigned long long nSize) noexcept;
 
-    /// Replaces the content by a copy of nSize bytes at pData; a size of 0 empties the buffer.
+    /// Replaces the content by a copy of nSize bytes at pData, which may lie in the buffer's own block; a
+    /// size of 0 empties the buffer.
     void Attach_Copy(const void* pData, unsigned long long nSize) noexcept;
 
     /// Hands the block out, to be released with Lib_Free, and leaves the buffer empty. If either argument is

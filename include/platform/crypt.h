@@ -18,10 +18,10 @@ inline constexpr DWORD CRYPTPROTECTMEMORY_SAME_LOGON = 2;
 /// Enciphers and deciphers `size` bytes in place, with a key of this process that its forked children share.
 /// The same bytes always give the same image. FALSE, with the data as they were: 87 for null data or a size
 /// that is no multiple of 16 (0 is one, and does nothing) or flags that there are not, 50 for the flags of
-/// other processes and logons, 126 when the provider crypt32 is missing, 127 when it lacks the entry, 8 when
-/// there is no memory, 31 when the kernel gives no key or the cipher cannot be had or fails (then alone the
-/// data may be half done). Nothing tells whether data to be deciphered were ever enciphered.
-/// docs/protected-memory.md tells what this guards against.
+/// other processes and logons, 126 when the provider crypt32 is missing, 193 when that file is no module, 127
+/// when it lacks the entry, 8 when there is no memory, 31 when the kernel gives no key or the cipher cannot
+/// be had or fails (then alone the data may be half done). Nothing tells whether data to be deciphered were
+/// ever enciphered. docs/protected-memory.md tells what this guards against.
 LIB_API BOOL CryptProtectMemory(LPVOID data, DWORD size, DWORD flags);
 LIB_API BOOL CryptUnprotectMemory(LPVOID data, DWORD size, DWORD flags);
 
@@ -40,6 +40,7 @@ inline constexpr DWORD CRYPT_STRING_HEXADDR = 0xA;             ///< as HEX, with
 inline constexpr DWORD CRYPT_STRING_HEXASCIIADDR = 0xB;
 inline constexpr DWORD CRYPT_STRING_HEXRAW = 0xC; ///< nothing but digits
 
+// STRICT changes nothing in writing, NOCRLF and NOCR nothing in reading.
 inline constexpr DWORD CRYPT_STRING_STRICT = 0x20000000; ///< to read: without the freedoms that reading gives
 inline constexpr DWORD CRYPT_STRING_NOCRLF = 0x40000000; ///< to write: all in one line, no line ends
 inline constexpr DWORD CRYPT_STRING_NOCR = 0x80000000;   ///< to write: line ends are LF instead of CR LF

@@ -18,10 +18,10 @@
 /// - an operation that replaces the content leaves the object empty (a copy from another protected buffer: as
 ///   it was),
 /// - Append and Make_Reverse leave it as it was, but empty if the new image is there and cannot be
-/// enciphered,
+///   enciphered,
 /// - taking the content out gives an empty buffer, and a comparison that reads the content is false.
 /// In no case does a plain image stay in the object, and a length in a damaged image counts only as far as
-/// the image reaches.
+/// the image reaches. An image of a wrong size, no multiple of 16, counts as empty.
 ///
 /// A pointer that is given with a size is readable for that size; null goes with 0.
 ///
@@ -51,7 +51,8 @@ public:
     operator Lib_Buffer() const noexcept;
 
     /// Whether the images are equal. Equal plain bytes may have different images (the filler is enciphered
-    /// too), so only copies may be counted on to be equal.
+    /// too), so only copies may be counted on to be equal. Nor may equal secrets be counted on to look
+    /// different: the cipher gives the same bytes the same image.
     bool operator==(const Lib_Protected_Buffer& Other) const noexcept;
 
     /// Whether the plain bytes are equal.
@@ -95,11 +96,12 @@ protected:
     static void st_Encipher_Data(const Lib_Buffer& Plain, Lib_Buffer& Image) noexcept;
 
     /// Makes Plain the plain bytes of an image; an empty Image empties it. An Image whose size is no multiple
-    /// of 16, or which cannot be deciphered, or whose length reaches beyond it, leaves Plain as it was. The
-    /// two may be the same.
+    /// of 16, or which cannot be deciphered, or whose length reaches beyond it, leaves Plain as it was, and
+    /// so does want of memory. The two may be the same.
     static void st_Decipher_Data(const Lib_Buffer& Image, Lib_Buffer& Plain) noexcept;
 
-    /// The last step of it: takes the plain bytes out of a deciphered image.
+    /// The last step of it: takes the plain bytes out of a deciphered image. Fewer than 8 bytes, a length
+    /// that reaches beyond them, and want of memory leave Plain as it was. The two may be the same.
     static void st_Extract_Data_From_Deciphered_Buffer(const Lib_Buffer& Deciphered,
                                                        Lib_Buffer& Plain) noexcept;
 

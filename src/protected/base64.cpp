@@ -10,45 +10,46 @@ namespace
 /// A buffer may have a pointer with a size of 0, which the platform would read as a text of unknown length.
 const void* bytes_Of(const Lib_Buffer& Input) { return Input.Get_Size() != 0 ? Input.Get_Ptr() : nullptr; }
 
-/// `convert` is the platform's call: it takes the input's pointer and size, the target (NULL to count only)
-/// and the count.
-template <class Convert>
-bool convert_Twice(const Lib_Buffer& Input, Lib_Buffer& Output, Convert convert)
-{
-    if (Input.Get_Size() > std::numeric_limits<DWORD>::max())
-    {
-        SetLastError(ERROR_INVALID_PARAMETER); // the platform would see its low 32 bits
-        return false;
-    }
-    const auto nSize = static_cast<DWORD>(Input.Get_Size());
-    DWORD nCount = 0;
-    if (!convert(bytes_Of(Input), nSize, nullptr, &nCount))
-        return false;
-    const bool bSame = &Input == &Output;
-    const Lib_Buffer Kept(bSame ? Input : Lib_Buffer());
-    const bool bKept = !bSame || Kept.Get_Size() == nSize;
-    if (bKept)
-        Output.Set_Size(nCount);
-    if (!bKept || Output.Get_Size() != nCount)
-    {
-        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-        return false;
-    }
-    return convert(bytes_Of(bSame ? Kept : Input), nSize, Output.Get_Ptr(), &nCount);
-}
-
-/// The copy of the input that the overloads without a buffer work on.
+/// A copy of the input, for overloads without a buffer and for an input that is the output.
 bool copy(const void* pData, unsigned long long nSize, Lib_Buffer& Copy)
 {
     if (nSize > std::numeric_limits<DWORD>::max())
     {
-        SetLastError(ERROR_INVALID_PARAMETER);
+        SetLastError(ERROR_INVALID_PARAMETER); // the platform would see its low 32 bits
         return false;
     }
     Copy.Attach_Copy(pData, nSize);
     if (Copy.Get_Size() != nSize)
         SetLastError(ERROR_NOT_ENOUGH_MEMORY);
     return Copy.Get_Size() == nSize;
+}
+
+/// `convert` is the platform's call: it takes the input's pointer and size, the target (NULL to count only)
+/// and the count.
+template <class Convert>
+bool convert_Twice(const Lib_Buffer& Input, Lib_Buffer& Output, Convert convert)
+{
+    if (&Input == &Output)
+    {
+        Lib_Buffer Copy;
+        return copy(Input.Get_Ptr(), Input.Get_Size(), Copy) && convert_Twice(Copy, Output, convert);
+    }
+    if (Input.Get_Size() > std::numeric_limits<DWORD>::max())
+    {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return false;
+    }
+    const auto nSize = static_cast<DWORD>(Input.Get_Size());
+    DWORD nCount = 0;
+    if (!convert(bytes_Of(Input), nSize, nullptr, &nCount))
+        return false;
+    Output.Set_Size(nCount);
+    if (Output.Get_Size() != nCount)
+    {
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return false;
+    }
+    return convert(bytes_Of(Input), nSize, Output.Get_Ptr(), &nCount);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "lib_platform.h"
 #include "lib_protected.h"
 #include "lib_strings.h"
+#include "protected_probe.h"
 #include "test_text.h"
 
 #include <optional>
@@ -119,6 +120,26 @@ TEST_F(Protected_Allocation, What_Cannot_Be_Read_Equals_Nothing)
     EXPECT_TRUE(buffer == same && buffer < longer);
 }
 
+TEST_F(Protected_Allocation, What_Cannot_Be_Read_Leaves_The_Target)
+{
+    Lib_Buffer prepared;
+    Open_Buffer::st_Prepare_Buffer_To_Encipher(To_Buffer("content"), prepared);
+    const Open_Buffer buffer(To_Buffer("content"));
+    const auto check = [](unsigned int nAllocations, const Lib_Buffer& image, auto read)
+    {
+        const auto road = [&](unsigned int nNth)
+        {
+            Lib_Buffer plain = To_Buffer("before");
+            const bool bFailed = Call_Failing(nNth, [&] { read(image, plain); }).m_bFailed;
+            EXPECT_EQ(bFailed ? "before" : "content", To_Text(plain));
+            return bFailed;
+        };
+        EXPECT_EQ(nAllocations, Fail_Each_Allocation_Without_Loss(road));
+    };
+    check(1, prepared, Open_Buffer::st_Extract_Data_From_Deciphered_Buffer);
+    check(2, buffer.m_Image, Open_Buffer::st_Decipher_Data);
+}
+
 TEST_F(Protected_Allocation, Base64_Leaves_The_Output)
 {
     constexpr unsigned long FORM = CRYPT_STRING_BASE64;
@@ -142,4 +163,6 @@ TEST_F(Protected_Allocation, Base64_Leaves_The_Output)
     check([&](Lib_Buffer& output) { return base64_encode(pInput, 4, output, FORM); });
     check([&](Lib_Buffer& output) { return base64_decode(input, output, FORM); });
     check([&](Lib_Buffer& output) { return base64_decode(text, output, FORM); });
+    check([](Lib_Buffer& output) { return base64_encode(output, output, FORM); });
+    check([](Lib_Buffer& output) { return base64_decode(output, output, FORM); });
 }

@@ -242,7 +242,13 @@ TEST(Crypt_String, Refuses_Arguments)
     expect_Write(87, &byte, CRYPT_STRING_HEX, nullptr, nullptr);
     for (const DWORD flags : {CRYPT_STRING_ANY, CRYPT_STRING_HEX_ANY, DWORD(13), DWORD(0x101)})
         expect_Write(87, &byte, flags, nullptr, &count);
+    const DWORD most = 0xFFFFFFFC / 4 * 3; // counting reads no byte
+    const DWORD one_line = CRYPT_STRING_BASE64 | CRYPT_STRING_NOCRLF;
+    EXPECT_FALSE(CryptBinaryToStringA(&byte, most + 1, one_line, nullptr, &count));
+    EXPECT_EQ(87u, GetLastError());
     EXPECT_EQ(9u, count);
+    EXPECT_TRUE(CryptBinaryToStringA(&byte, most, one_line, nullptr, &count));
+    EXPECT_EQ(0xFFFFFFFD, count);
     count = 4;
     expect_Write(ERROR_MORE_DATA, &byte, CRYPT_STRING_BASE64, text, &count);
     EXPECT_EQ(7u, count);

@@ -1,4 +1,5 @@
 #include "lib_platform.h"
+#include "platform/providers/crypt32/cipher.h"
 #include "platform/providers/crypt32/key_page.h"
 #include "platform/system_calls.h"
 #include "test_process.h"
@@ -29,22 +30,33 @@ std::string Turned(std::string bytes, BOOL (*turn)(LPVOID, DWORD, DWORD))
 std::string Protected(const std::string& bytes) { return Turned(bytes, CryptProtectMemory); }
 std::string Unprotected(const std::string& bytes) { return Turned(bytes, CryptUnprotectMemory); }
 
-/// The provider's record of system calls; the provider is loaded by that, but has no key yet.
+/// The provider's records of calls; the provider is loaded by that, but has no key yet.
+template <class Record>
+Record& Provider_Record(const char* name)
+{
+    return *reinterpret_cast<Record*>(GetProcAddress(LoadLibraryW(L"crypt32"), name));
+}
 qn_crypt32::System_Calls& Provider_Calls()
 {
-    return *reinterpret_cast<qn_crypt32::System_Calls*>(
-        GetProcAddress(LoadLibraryW(L"crypt32"), "qn_crypt32_system_calls"));
+    return Provider_Record<qn_crypt32::System_Calls>("qn_crypt32_system_calls");
+}
+qn_crypt32::Cipher_Calls& Provider_Cipher()
+{
+    return Provider_Record<qn_crypt32::Cipher_Calls>("qn_crypt32_cipher_calls");
 }
 
 /// Whether the first call fails as it should and leaves the data alone, and the next one, with the system as
-/// it is, succeeds.
-bool Fails_Then_Recovers(DWORD error)
+/// it was before the change, succeeds.
+bool Fails_Then_Recovers(DWORD error, void (*change)())
 {
-    const qn_crypt32::System_Calls changed = Provider_Calls();
+    const qn_crypt32::System_Calls system = Provider_Calls();
+    const qn_crypt32::Cipher_Calls cipher = Provider_Cipher();
+    change();
     std::string data(32, 'x');
     const bool failed = !CryptProtectMemory(data.data(), 32, 0) && GetLastError() == error;
     const bool untouched = data == std::string(32, 'x');
-    Provider_Calls() = {::mmap, ::munmap, ::madvise, ::mlock, ::mprotect, changed.get_random};
+    Provider_Cipher() = cipher;
+    Provider_Calls() = system;
     Provider_Calls().get_random = [](void* target, std::size_t size, unsigned int) -> ssize_t
     {
         static unsigned char next = 0;
@@ -139,32 +151,41 @@ TEST_F(Protected_Memory, Fails_Without_Its_Provider)
         testing::ExitedWithCode(0), "");
 }
 
-TEST_F(Protected_Memory, Fails_Without_A_Key_And_Tries_Again)
+TEST_F(Protected_Memory, Fails_Without_A_Key_Or_A_Cipher_And_Tries_Again)
 {
-    using Calls = qn_crypt32::System_Calls;
     const struct
     {
         DWORD error;
-        void (*change)(Calls&);
+        void (*change)();
     } faults[] = {
-        {ERROR_NOT_ENOUGH_MEMORY, [](Calls& calls)
-         { calls.map = [](void*, std::size_t, int, int, int, off_t) { return MAP_FAILED; }; }},
+        {ERROR_NOT_ENOUGH_MEMORY,
+         [] { Provider_Calls().map = [](void*, std::size_t, int, int, int, off_t) { return MAP_FAILED; }; }},
         {ERROR_GEN_FAILURE,
-         [](Calls& calls) {
-             calls.get_random = [](void*, std::size_t, unsigned int) -> ssize_t
+         []
+         {
+             Provider_Calls().get_random = [](void*, std::size_t, unsigned int) -> ssize_t
              { return errno = ENOSYS, -1; };
          }},
-        {ERROR_GEN_FAILURE, [](Calls& calls) { calls.advise = [](void*, std::size_t, int) { return -1; }; }},
+        {ERROR_GEN_FAILURE, [] { Provider_Calls().advise = [](void*, std::size_t, int) { return -1; }; }},
+        {ERROR_GEN_FAILURE, [] { Provider_Calls().protect = [](void*, std::size_t, int) { return -1; }; }},
+        {ERROR_GEN_FAILURE,
+         []
+         {
+             Provider_Cipher().fetch = [](ossl_lib_ctx_st*, const char*, const char*)
+             { return static_cast<evp_cipher_st*>(nullptr); };
+         }},
+        {ERROR_NOT_ENOUGH_MEMORY,
+         [] { Provider_Cipher().make_context = [] { return static_cast<evp_cipher_ctx_st*>(nullptr); }; }},
+        {ERROR_GEN_FAILURE,
+         []
+         {
+             Provider_Cipher().update = [](evp_cipher_ctx_st*, unsigned char*, int*, const unsigned char*,
+                                           int) { return 0; };
+         }},
     };
     for (const auto& fault : faults)
-    {
-        EXPECT_EXIT(
-            {
-                fault.change(Provider_Calls());
-                Exit_With(Fails_Then_Recovers(fault.error));
-            },
-            testing::ExitedWithCode(0), "");
-    }
+        EXPECT_EXIT(Exit_With(Fails_Then_Recovers(fault.error, fault.change)), testing::ExitedWithCode(0),
+                    "");
 }
 
 TEST_F(Protected_Memory, Does_Without_A_Locked_Page)

@@ -42,7 +42,8 @@ std::string With_Nul(std::string text) { return text + '\0'; }
 TEST(Base64, Has_The_Known_Texts)
 {
     for (const auto& [pBytes, pText] :
-         {std::pair("f", "Zg=="), std::pair("fo", "Zm8="), std::pair("foobar", "Zm9vYmFy")})
+         {std::pair("f", "Zg=="), std::pair("fo", "Zm8="), std::pair("foo", "Zm9v"),
+          std::pair("foob", "Zm9vYg=="), std::pair("fooba", "Zm9vYmE="), std::pair("foobar", "Zm9vYmFy")})
     {
         EXPECT_EQ(With_Nul(pText), Encoded(pBytes, PLAIN));
         EXPECT_EQ(pBytes, Decoded(pText, CRYPT_STRING_BASE64));

@@ -65,13 +65,23 @@ TEST(Protected_Buffer, Is_Empty_Without_An_Image)
     EXPECT_EQ(0u, buffer.m_Image.Get_Size());
     for (void (*empty)(Open_Buffer&) :
          {+[](Open_Buffer& b) { b.Attach_Copy(nullptr, 0); }, +[](Open_Buffer& b) { b = Lib_Buffer(); },
-          +[](Open_Buffer& b) { b = Lib_Protected_Buffer(); }, +[](Open_Buffer& b) { b.Flush(); }})
+          +[](Open_Buffer& b) { b = Lib_Protected_Buffer(); }, +[](Open_Buffer& b) { b.Flush(); },
+          +[](Open_Buffer& b) { b.flush(); }, +[](Open_Buffer& b) { b.init(); }})
     {
         buffer = To_Buffer("content");
         empty(buffer);
         EXPECT_EQ(nullptr, buffer.m_Image.Get_Ptr());
         EXPECT_EQ("", Read(buffer));
     }
+}
+
+TEST(Protected_Buffer, Gives_Derived_Classes_Blocks_Of_Zeros)
+{
+    const Open_Buffer buffer;
+    const auto pBlock = static_cast<char*>(buffer.alloc(100));
+    EXPECT_EQ(std::string(100, '\0'), std::string(pBlock, 100));
+    EXPECT_EQ(nullptr, buffer.alloc(0));
+    buffer.free(pBlock);
 }
 
 TEST(Protected_Buffer, Copies_The_Image_And_Nothing_Else)
@@ -124,6 +134,11 @@ TEST(Protected_Buffer, Builds_Images_By_Steps)
     Open_Buffer::st_Encipher_Data(To_Buffer("to and fro"), image);
     Open_Buffer::st_Decipher_Data(image, plain);
     EXPECT_EQ("to and fro", To_Text(plain));
+    Open_Buffer::st_Decipher_Data(image, image);
+    EXPECT_EQ("to and fro", To_Text(image)) << "into itself";
+    Open_Buffer::st_Prepare_Buffer_To_Encipher(plain, image);
+    Open_Buffer::st_Extract_Data_From_Deciphered_Buffer(image, image);
+    EXPECT_EQ("to and fro", To_Text(image)) << "into itself";
     Open_Buffer::st_Encipher_Data(Lib_Buffer(), image);
     EXPECT_EQ(0u, image.Get_Size());
     Open_Buffer::st_Decipher_Data(image, plain);

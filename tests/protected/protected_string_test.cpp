@@ -18,6 +18,8 @@ TEST(Protected_String, Gives_Back_Its_Text_To_The_First_Nul)
     copy = Lib_String(L"short");
     EXPECT_TEXT_EQ(L"short", copy.Get_String());
     copy = pin;
+    const Lib_Protected_String& same = copy;
+    copy = same;
     EXPECT_TEXT_EQ(L"3441", copy.Get_String());
     copy = Lib_String();
     EXPECT_TEXT_EQ(L"", copy.Get_String());

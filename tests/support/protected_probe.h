@@ -11,6 +11,9 @@ namespace test_support
 class Open_Buffer : public Lib_Protected_Buffer
 {
 public:
+    using Lib_Protected_Buffer::alloc;
+    using Lib_Protected_Buffer::flush;
+    using Lib_Protected_Buffer::free;
     using Lib_Protected_Buffer::init;
     using Lib_Protected_Buffer::Lib_Protected_Buffer;
     using Lib_Protected_Buffer::m_Image;

@@ -1,7 +1,7 @@
-// pin_desk_memory_test PROGRAM FILE: looks for PINs in the memory of the running desk. FILE is written with
-// requests, first those with PINs and then many that fill the desk's output, which nobody reads: so the desk
-// stops in the middle of its work, with the cards in its table. Then the same when it serves a client on a
-// socket, who is still there.
+// pin_desk_memory_test PROGRAM FILE: looks for PINs, and for copies of the key, in the memory of the running
+// desk. FILE is written with requests, first those with PINs and then many that fill the desk's output, which
+// nobody reads: so the desk stops in the middle of its work, with the cards in its table. Then the same when
+// it serves a client on a socket, who is still there.
 
 #include <cstdio>
 #include <cstdlib>
@@ -24,6 +24,7 @@ namespace
 
 constexpr const char* PINS[] = {"83920175", "47160392"};
 constexpr const char* OWNER = "Zacharias Quimby";
+constexpr std::size_t KEY_SIZE = 64;
 
 /// Four requests, and one that is refused before it is looked at.
 std::string write_Lines()
@@ -71,32 +72,50 @@ bool wait_For_Stop(pid_t desk, int output)
     return false;
 }
 
-/// All that the desk can write to: heap, stack, and what modules and threads have.
-std::vector<std::string> read_Memory(pid_t desk)
+struct Memory
 {
-    std::vector<std::string> Memory;
+    std::vector<std::string> m_Parts; ///< what the desk can write to: heap, stack, modules' and threads' data
+    std::string m_strKey; ///< from the nameless page that can be read only and is left out of dumps
+};
+
+std::string read_Part(int nFile, unsigned long nBegin, unsigned long nEnd)
+{
+    std::string strPart(nEnd - nBegin, '\0');
+    const ssize_t nRead = pread(nFile, strPart.data(), strPart.size(), static_cast<off_t>(nBegin));
+    strPart.resize(nRead > 0 ? static_cast<std::size_t>(nRead) : 0);
+    return strPart;
+}
+
+Memory read_Memory(pid_t desk)
+{
+    Memory Found;
     const std::string strFolder = "/proc/" + std::to_string(desk);
-    std::ifstream Maps(strFolder + "/maps");
+    std::ifstream Maps(strFolder + "/smaps");
     const int nFile = open((strFolder + "/mem").c_str(), O_RDONLY);
+    const auto nPage = static_cast<unsigned long>(getpagesize());
+    unsigned long nPlace = 0; // of a page that may be the key's, or 0
     for (std::string strLine; std::getline(Maps, strLine);)
     {
         unsigned long nBegin = 0;
         unsigned long nEnd = 0;
         char access[8] = {};
-        if (std::sscanf(strLine.c_str(), "%lx-%lx %7s", &nBegin, &nEnd, access) != 3 || access[1] != 'w')
-            continue;
-        std::string strPart(nEnd - nBegin, '\0');
-        const ssize_t nRead = pread(nFile, strPart.data(), strPart.size(), static_cast<off_t>(nBegin));
-        strPart.resize(nRead > 0 ? static_cast<std::size_t>(nRead) : 0);
-        Memory.push_back(std::move(strPart));
+        if (std::sscanf(strLine.c_str(), "%lx-%lx %7s", &nBegin, &nEnd, access) == 3)
+        {
+            const bool bNameless = strLine.find_first_of("/[") == strLine.npos;
+            nPlace = bNameless && access == std::string_view("r--p") && nEnd - nBegin == nPage ? nBegin : 0;
+            if (access[1] == 'w')
+                Found.m_Parts.push_back(read_Part(nFile, nBegin, nEnd));
+        }
+        else if (nPlace != 0 && strLine.starts_with("VmFlags:") && strLine.find(" dd") != strLine.npos)
+            Found.m_strKey += read_Part(nFile, nPlace, nPlace + KEY_SIZE);
     }
     close(nFile);
-    return Memory;
+    return Found;
 }
 
-bool contains(const std::vector<std::string>& Memory, const std::string& strWanted)
+bool contains(const Memory& Memory, const std::string& strWanted)
 {
-    for (const std::string& strPart : Memory)
+    for (const std::string& strPart : Memory.m_Parts)
     {
         if (strPart.find(strWanted) != std::string::npos)
             return true;
@@ -104,9 +123,16 @@ bool contains(const std::vector<std::string>& Memory, const std::string& strWant
     return false;
 }
 
-std::vector<std::string> find_Faults(const std::vector<std::string>& Memory)
+std::vector<std::string> find_Faults(const Memory& Memory)
 {
     std::vector<std::string> Faults;
+    if (Memory.m_strKey.size() != KEY_SIZE)
+        Faults.push_back("No page, or more than one, looks like the key's.");
+    for (std::size_t at = 0; at < Memory.m_strKey.size(); at += 16) // expanded keys hold them too
+    {
+        if (contains(Memory, Memory.m_strKey.substr(at, 16)))
+            Faults.push_back("In the desk's memory: a part of the key.");
+    }
     if (!contains(Memory, widen(OWNER)))
         Faults.push_back("The owner is not found, so this looks in the wrong place.");
     for (const char* pPin : PINS)

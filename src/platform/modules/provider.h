@@ -12,8 +12,9 @@ namespace qn_platform
 {
 
 /// The address of a provider's entry point. The provider is loaded if need be and then stays loaded. Null on
-/// failure, with 126 as the last error for a missing provider and 127 for a missing entry point; nothing is
-/// remembered then, so that the next call tries again. `module` is a name as LoadLibraryW takes it.
+/// failure, with 126 as the last error for a missing provider, 193 for a file that is no module, and 127 for
+/// a missing entry point; nothing is remembered then, so that the next call tries again. `module` is a name
+/// as LoadLibraryW takes it.
 void* Provider_Entry(LPCWSTR module, const char* name);
 
 /// An entry point that is looked up once. For constants with static lifetime:

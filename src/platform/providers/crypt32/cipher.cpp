@@ -18,8 +18,8 @@ using qn_platform::DWORD;
 /// The most that one tweak of XTS may serve; longer data go in pieces, each with its number as the tweak.
 constexpr DWORD UNIT_SIZE = 1u << 24;
 
-/// The cipher as OpenSSL knows it, without a key. It belongs to a library context of our own, so that neither
-/// the program's settings of OpenSSL nor the end of its use of OpenSSL reach it. Null on failure.
+/// The cipher as OpenSSL knows it, without a key. It belongs to a library context of our own, with settings
+/// that are not the program's. Null on failure.
 EVP_CIPHER* get_Cipher()
 {
     static std::atomic<EVP_CIPHER*> cipher{nullptr};
@@ -29,7 +29,8 @@ EVP_CIPHER* get_Cipher()
         return known;
     }
     OSSL_LIB_CTX* const library = OSSL_LIB_CTX_new();
-    EVP_CIPHER* const made = library != nullptr ? EVP_CIPHER_fetch(library, "AES-256-XTS", nullptr) : nullptr;
+    EVP_CIPHER* const made =
+        library != nullptr ? qn_crypt32_cipher_calls.fetch(library, "AES-256-XTS", nullptr) : nullptr;
     if (made != nullptr && cipher.compare_exchange_strong(known, made, std::memory_order_acq_rel))
     {
         return made;
@@ -62,7 +63,7 @@ bool turn_Unit(EVP_CIPHER_CTX* context, const EVP_CIPHER* cipher, const unsigned
     int done = 0;
     return EVP_CipherInit_ex2(context, number == 0 ? cipher : nullptr, number == 0 ? key : nullptr, tweak,
                               direction == Direction::encipher ? 1 : 0, nullptr) == 1 &&
-           EVP_CipherUpdate(context, data, &done, data, static_cast<int>(size)) == 1 &&
+           qn_crypt32_cipher_calls.update(context, data, &done, data, static_cast<int>(size)) == 1 &&
            static_cast<DWORD>(done) == size;
 }
 
@@ -73,7 +74,7 @@ DWORD Turn(Direction direction, const unsigned char* key, unsigned char* data, D
     const Error_Mark mark;
     EVP_CIPHER* const cipher = get_Cipher();
     // The context holds the expanded key; releasing it wipes that. So no context outlives the call.
-    const std::unique_ptr<EVP_CIPHER_CTX, Free_Context> context(EVP_CIPHER_CTX_new());
+    const std::unique_ptr<EVP_CIPHER_CTX, Free_Context> context(qn_crypt32_cipher_calls.make_context());
     if (cipher == nullptr || context == nullptr)
     {
         return context == nullptr ? qn_platform::ERROR_NOT_ENOUGH_MEMORY : qn_platform::ERROR_GEN_FAILURE;
@@ -92,3 +93,9 @@ DWORD Turn(Direction direction, const unsigned char* key, unsigned char* data, D
 }
 
 } // namespace qn_crypt32
+
+extern "C"
+{
+    constinit qn_crypt32::Cipher_Calls qn_crypt32_cipher_calls{::EVP_CIPHER_fetch, ::EVP_CIPHER_CTX_new,
+                                                               ::EVP_CipherUpdate};
+}
