@@ -64,7 +64,11 @@ ends() {
     local code=0
     wait "${process[$1]}" 2>/dev/null || code=$?
     unset "process[$1]"
-    [ "$code" = "$2" ] || { echo "socket_service.sh: $1 ended with $code and not with $2" >&2; exit 1; }
+    [ "$code" = "$2" ] || {
+        timeout 5 cat <&"${output[$1]}" >&2 || true # what it said last
+        echo "socket_service.sh: $1 ended with $code and not with $2" >&2
+        exit 1
+    }
 }
 
 echo "A desk whose PINs are good for a second, and two clients of one session, who share a table."

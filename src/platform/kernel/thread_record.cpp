@@ -61,9 +61,9 @@ void end_Thread(Thread_Record& self)
     give_Back(self);
 }
 
-/// The round of destructors in which a thread ends here: the last one, but for the thread sanitizer, whose
-/// own view of the thread ends in that.
-#if defined(__SANITIZE_THREAD__)
+/// The round of destructors in which a thread ends here: the last one, but for the sanitizers, whose own view
+/// of the thread, and of what its stack alone refers to, ends in that.
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
 constexpr unsigned int LAST_ROUND = PTHREAD_DESTRUCTOR_ITERATIONS - 1;
 #else
 constexpr unsigned int LAST_ROUND = PTHREAD_DESTRUCTOR_ITERATIONS;
