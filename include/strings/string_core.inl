@@ -3,8 +3,8 @@
 //
 // A block is one allocation: the header below and, directly behind it, the text with its NUL. Blocks fit
 // exactly: a new one is as long as the text it must hold at that moment, so repeated appending copies each
-// time unless Get_Buffer reserved room before. Nothing but Get_Buffer, Format, which keeps what it reserved, and
-// shortening in place leaves spare capacity, and Free_Extra gives it back.
+// time unless Get_Buffer reserved room before. Nothing but Get_Buffer, Format, which keeps what it reserved,
+// and shortening in place leaves spare capacity, and Free_Extra gives it back.
 //
 //   m_nRef_Count   the block is
 //   1              private: its one holder writes in place
