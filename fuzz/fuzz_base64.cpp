@@ -91,6 +91,9 @@ void check_Decode(const std::string& strText, unsigned long nFlags)
     FUZZ_CHECK(bDecoded || To_Text(Output) == "before");
     Lib_Buffer Same = To_Buffer("before");
     FUZZ_CHECK(base64_decode(strText, Same, nFlags) == bDecoded && Same == Output);
+    Lib_Buffer Itself = To_Buffer(strText);
+    FUZZ_CHECK(base64_decode(Itself, Itself, nFlags) == bDecoded);
+    FUZZ_CHECK(Itself == (bDecoded ? Output : To_Buffer(strText)));
 
     const auto nForm = static_cast<DWORD>(nFlags) & ~WAYS;
     if (nForm == CRYPT_STRING_BASE64 && !strText.empty())
