@@ -78,6 +78,28 @@ inline std::vector<std::string> Find_Files(const std::string& part_of_name)
     return files;
 }
 
+/// The file of an object that its test leaves behind. A sweep of leftovers, which any process may begin,
+/// takes no file of two names; so this one is there until the test itself removes it.
+class Leftover
+{
+public:
+    explicit Leftover(const std::string& name)
+        : m_File(Find_Files(name).at(0)), m_Other("/dev/shm/kept-" + name)
+    {
+        std::filesystem::create_hard_link(m_File, m_Other);
+    }
+    ~Leftover() { std::filesystem::remove(m_Other); }
+
+    Leftover(const Leftover&) = delete;
+    Leftover& operator=(const Leftover&) = delete;
+
+    [[nodiscard]] bool Is_There() const { return std::filesystem::exists(m_File); }
+
+private:
+    std::filesystem::path m_File;
+    std::filesystem::path m_Other;
+};
+
 inline Handle Event(const std::string& name, bool manual = false, bool set = false)
 {
     return Handle(CreateEventW(nullptr, manual, set, Wide(name).data()));

@@ -101,9 +101,13 @@ TEST_F(Named_Users, Leftovers_Are_Used_Or_Removed_By_Whom_They_Are_Open_To)
         const std::string strName = Own_Name(bPublic ? "left-public" : "left-private");
         Test_Process other(As_Stranger(Make(bPublic, strName)));
         ASSERT_EQ('r', other.Hear());
-        other.Kill();
-        ASSERT_EQ(1U, Find_Files(strName).size());
-        EXPECT_EQ(nullptr, Open_Event(strName));
+        {
+            const Leftover left(strName);
+            other.Kill();
+            EXPECT_TRUE(left.Is_There());
+            EXPECT_EQ(nullptr, Open_Event(strName));
+            EXPECT_FALSE(left.Is_There());
+        }
         {
             const Handle event = Public_Event(strName);
             EXPECT_EQ(0U, GetLastError());
@@ -112,8 +116,9 @@ TEST_F(Named_Users, Leftovers_Are_Used_Or_Removed_By_Whom_They_Are_Open_To)
         }
         Test_Process own(Make(bPublic, strName));
         ASSERT_EQ('r', own.Hear());
+        const Leftover left(strName);
         own.Kill();
-        ASSERT_EQ(1U, Find_Files(strName).size());
+        EXPECT_TRUE(left.Is_There());
         Test_Process again(As_Stranger(Make(true, strName)));
         EXPECT_EQ(bPublic ? 'r' : 'f', again.Hear());
         EXPECT_EQ(bPublic, Open_Event(strName) != nullptr);
