@@ -12,7 +12,7 @@
 // | CSIDL_APPDATA            | `$XDG_DATA_HOME`  | ~/.local/share | data that move with the user |
 // | FOLDERID_LocalAppDataLow | `$XDG_STATE_HOME` | ~/.local/state | data of this machine alone   |
 //
-// These are the places of the desktop's base-directory convention (XDG Base Directory Specification 0.8).
+// These are the places of the desktop's base-directory convention (XDG base directories, version 0.8).
 // They are asked for anew at each call; a variable that holds no absolute path counts as none, and a program
 // that runs with more rights than its caller has asks the user database alone. Nobody looks whether they
 // exist.

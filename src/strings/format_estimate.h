@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cmath>
 #include <cstdarg>
 #include <cstdlib>
 #include <memory>
@@ -43,17 +44,15 @@ public:
         // A literal reserves the characters from its place to the end of the format, not just one.
         const unsigned long long nFormat = characters::Length(m_pAt);
         const Char* pEnd = m_pAt + nFormat;
+        unsigned long long nLiterals = 0;
         while (m_pAt != pEnd)
         {
             if (*m_pAt == '%' && *++m_pAt != '%')
-            {
                 read_Conversion();
-                continue;
-            }
-            m_nMax_Length += static_cast<unsigned long long>(pEnd - m_pAt);
-            ++m_pAt;
+            else
+                nLiterals += static_cast<unsigned long long>(pEnd - m_pAt++);
         }
-        return m_nMax_Length;
+        return nLiterals + m_nMax_Length;
     }
 
 private:
@@ -72,6 +71,7 @@ private:
     static constexpr unsigned long long Hash_Flag = 2;
     static constexpr long long Fixed_Scratch = 318; // sign, 309 digits, point, the extra decimals, NUL
     static constexpr long long Extra_Decimals = 6;
+    static constexpr long long Sure_Decimals = 64; // every formatter prints as many
 
     // Behind a conversion that the formatter may read otherwise no argument is touched any more: it might
     // be taken for a string that it is not.
@@ -105,14 +105,20 @@ private:
         m_nWidth = 0;
         m_nPrecision = 0;
         m_Modifier = Modifier::None;
+        if (*m_pAt <= '9') // no flag, digit or point stands behind it
+            read_Field();
+        read_Modifier();
+        if (*m_pAt != 0)
+            m_nMax_Length += item_Length(*m_pAt++);
+    }
+
+    void read_Field()
+    {
         read_Flags();
         if (m_nWidth == 0)
             m_nWidth = read_Number();
         if (skip('.'))
             m_nPrecision = skip('*') ? next_Precision() : read_Number();
-        read_Modifier();
-        if (*m_pAt != 0)
-            m_nMax_Length += item_Length(*m_pAt++);
     }
 
     void read_Flags()
@@ -130,17 +136,28 @@ private:
 
     void read_Modifier() noexcept
     {
-        if (m_pAt[0] == 'I' && m_pAt[1] == '6' && m_pAt[2] == '4')
+        switch (*m_pAt)
         {
-            m_pAt += 3;
+        case 'I':
+            if (m_pAt[1] != '6' || m_pAt[2] != '4')
+                return;
+            m_pAt += 2;
             m_Modifier = Modifier::Bits64;
-        }
-        else if (skip('h'))
+            break;
+        case 'h':
             m_Modifier = Modifier::Narrow;
-        else if (skip('l'))
+            break;
+        case 'l':
             m_Modifier = Modifier::Wide;
-        else if (!skip('F') && !skip('L'))
-            skip('N');
+            break;
+        case 'F':
+        case 'L':
+        case 'N':
+            break;
+        default:
+            return;
+        }
+        ++m_pAt;
     }
 
     unsigned long long item_Length(Char chConversion)
@@ -224,16 +241,39 @@ private:
         return std::max<unsigned long long>(nLength, 1);
     }
 
-    // The trial print has six decimals more, which make up for a precision that is absent.
+    // The length of a print with six decimals more, which make up for a precision that is absent. It is
+    // printed on trial only where the number alone doesn't tell the length.
     unsigned long long fixed_Item()
     {
         const double dValue = next_Argument<double>();
         const long long nSize =
             std::max(m_nWidth, Fixed_Scratch + m_nPrecision) + (sizeof(Char) == 2 ? 1 : 0);
-        const int nDecimals = static_cast<int>(std::min<long long>(m_nPrecision + Extra_Decimals, INT_MAX));
-        const auto pScratch = std::make_unique_for_overwrite<Char[]>(static_cast<std::size_t>(nSize));
-        print_Fixed(pScratch.get(), std::min(static_cast<std::size_t>(nSize), Max_Capacity),
-                    static_cast<int>(m_nWidth), nDecimals, dValue);
+        const long long nDecimals = m_nPrecision + Extra_Decimals;
+        const long long nDigits = nDecimals <= Sure_Decimals ? integer_Digits(std::fabs(dValue)) : 0;
+        if (nDigits == 0)
+            return trial_Length(static_cast<std::size_t>(nSize), nDecimals, dValue);
+        const long long nLength = (std::signbit(dValue) ? 1 : 0) + nDigits + 1 + nDecimals;
+        const long long nRoom = std::min<long long>(nSize, Max_Capacity) - 1;
+        return static_cast<unsigned long long>(std::min(std::max(nLength, m_nWidth), nRoom));
+    }
+
+    // Digits before the point, also after rounding, which never adds more than a half; 0 for a number that
+    // is too large, too near to one more digit, or none.
+    static long long integer_Digits(double dMagnitude) noexcept
+    {
+        constexpr double Too_Large = 1e15; // below it a half is exact
+        long long nDigits = 1;
+        double dLimit = 10;
+        for (; dMagnitude >= dLimit && dLimit < Too_Large; dLimit *= 10)
+            ++nDigits;
+        return dMagnitude + 0.5 < dLimit ? nDigits : 0;
+    }
+
+    unsigned long long trial_Length(std::size_t nSize, long long nDecimals, double dValue) const
+    {
+        const auto pScratch = std::make_unique_for_overwrite<Char[]>(nSize);
+        print_Fixed(pScratch.get(), std::min(nSize, Max_Capacity), static_cast<int>(m_nWidth),
+                    static_cast<int>(std::min<long long>(nDecimals, INT_MAX)), dValue);
         return characters::Length(pScratch.get());
     }
 

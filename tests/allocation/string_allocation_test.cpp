@@ -67,7 +67,7 @@ TYPED_TEST(String_Allocation, Leaves_The_Text_To_An_Edit_That_Fails)
     Expect_Unchanged([](S& s) { s.Get_Buffer_Set_Length(7)[6] = 'x'; });
     Expect_Unchanged([](S& s) { s.Insert(3, T("xyz")); });
     Expect_Unchanged([](S& s) { s.Replace(T("c"), T("xyz")); });
-    Expect_Unchanged([](S& s) { s.Format(T("%s %f %d"), T("text"), 1.5, 3); });
+    Expect_Unchanged([](S& s) { s.Format(T("%s %f %d"), T("text"), 1e20, 3); });
     Expect_Unchanged([](S& s) { (s + s).Mid(1).Insert(0, T("x")); });
     Expect_Unchanged([](S& s) { TypeParam(s).Set_At(0, 'x'), TypeParam(T("x")) += T("y"); });
 }

@@ -1,6 +1,11 @@
 #include "string_probe.h"
 
+#include <bit>
+#include <cmath>
+#include <cstdio>
 #include <limits>
+#include <random>
+#include <vector>
 
 using namespace test_support;
 
@@ -74,6 +79,30 @@ TYPED_TEST(Format, Reserves_By_The_Rules_For_Floating_Point)
     text.Format(T("%400f"), 1.5);
     EXPECT_EQ(nWide, text.Get_Alloc_Length());
     EXPECT_EQ(nWide, text.Get_Length());
+}
+
+TYPED_TEST(Format, Reserves_As_Many_As_A_Print_With_Six_Decimals_More)
+{
+    using Char = Char_Of<TypeParam>;
+    std::vector<double> values{0.0,  -0.0,  0.5,  9.5,   9.9999995, -99.4999, 999999.9999999,
+                               1e15, -1e15, 1e16, 1e-300};
+    std::mt19937_64 random(1);
+    for (int i = 0; i < 2000; ++i)
+        values.push_back(std::bit_cast<double>(random() % 3 == 0 ? random() : random() >> 8 | 0x40ULL << 56));
+    for (double dLimit = 10; dLimit < 1e17; dLimit *= 10) // at the edge of one more digit
+        values.insert(values.end(), {std::nextafter(dLimit, 0), -dLimit, dLimit - 0.5, dLimit - 4e-7});
+    std::erase_if(values,
+                  [](double dValue) { return !std::isfinite(dValue); }); // their names are the runtime's
+    for (const double dValue : values)
+    {
+        const int nWidth = static_cast<int>(random() % 40), nPrecision = static_cast<int>(random() % 9);
+        TypeParam text;
+        text.Format(T("%*.*f"), nWidth, nPrecision, dValue);
+        EXPECT_EQ(static_cast<unsigned long long>(
+                      std::snprintf(nullptr, 0, "%*.*f", nWidth, nPrecision + 6, dValue)),
+                  text.Get_Alloc_Length())
+            << nWidth << ' ' << nPrecision << ' ' << dValue;
+    }
 }
 
 TYPED_TEST(Format, Reserves_By_The_Rules_For_Texts)

@@ -1,7 +1,7 @@
 #ifndef QNLIB_SRC_PLATFORM_FILES_USER_FOLDER_H
 #define QNLIB_SRC_PLATFORM_FILES_USER_FOLDER_H
 
-// Folders of the user by the desktop's base-directory convention (XDG Base Directory Specification 0.8). In
+// Folders of the user by the desktop's base-directory convention (XDG base directories, version 0.8). In
 // the header alone, since the layer and a provider use it.
 
 #include <algorithm>
