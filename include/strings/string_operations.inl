@@ -115,7 +115,7 @@ void Make_Reverse();
 ///                       0; at least the width
 ///   d i u x X o p       32, or width + precision if that is more
 ///   e E g G             128, or width + precision if that is more
-///   f                   the length of a trial print with six more decimals
+///   f                   the length of a print with six more decimals
 ///   n, others           0
 ///   each # flag         2
 ///
@@ -125,11 +125,14 @@ void Make_Reverse();
 /// reserve; behind one that the formatter might read otherwise (a, ll, z, I32 ...) no further argument is
 /// looked at, so the result may be cut there. The reserve also falls short, and the text is cut, for a sign
 /// that `+` or a blank asks for in front of `f` without a precision, for a sign beside a precision of 32 or
-/// more in an integer, for an exponent behind more than some 120 decimals, and beyond 2^31 - 2 characters. It
-/// is never overrun. Text of the other width is mapped unit for unit below 256, not by the code page as the
-/// constructors do it, and to `?` above. `n` writes nothing on Linux; on Windows
-/// the runtime may write through its pointer, and gives an empty text for a format that it refuses and for
-/// 16-bit text that its locale can't express, where Linux prints the character and `?`.
+/// more in an integer, for an exponent behind more than some 120 decimals, for `f` at 8 bits in a field of
+/// 318 + precision characters or more, by one, and beyond 2^31 - 2 characters. It is never overrun.
+///
+/// On Linux text of the other width is mapped unit for unit below 256, not by the code page as the
+/// constructors do it, and to `?` above; `n` writes nothing. On Windows the runtime's locale maps it, which
+/// may need more room than reserved, so that the result is cut; the runtime may write through the pointer of
+/// `n`, and gives an empty text for a format that it refuses and for 16-bit text that its locale can't
+/// express.
 ///
 /// Neither the format, which must not be null, nor an argument may lie in this string; a null format gives
 /// an empty text. On failed allocation the old text stays. A lock stays while the block is large enough.

@@ -38,7 +38,7 @@ public:
     /// The largest buffer that the platform's formatters are sure to serve; what doesn't fit is cut.
     static constexpr std::size_t Max_Capacity = INT_MAX;
 
-    /// The characters to reserve, the NUL not counted. std::bad_alloc from the trial print of `f`.
+    /// The characters to reserve, the NUL not counted. std::bad_alloc from a trial print of `f`.
     unsigned long long Compute()
     {
         // A literal reserves the characters from its place to the end of the format, not just one.
@@ -105,7 +105,7 @@ private:
         m_nWidth = 0;
         m_nPrecision = 0;
         m_Modifier = Modifier::None;
-        if (*m_pAt <= '9') // no flag, digit or point stands behind it
+        if (*m_pAt <= '9') // no flag, digit or point stands behind '9'
             read_Field();
         read_Modifier();
         if (*m_pAt != 0)
@@ -257,11 +257,11 @@ private:
         return static_cast<unsigned long long>(std::min(std::max(nLength, m_nWidth), nRoom));
     }
 
-    // Digits before the point, also after rounding, which never adds more than a half; 0 for a number that
-    // is too large, too near to one more digit, or none.
+    // Digits before the point, whichever way the decimals are rounded. 0 leaves it to the trial: for what is
+    // no number, too large, or nearer than a half to one more digit; an inexact sum can only add to these.
     static long long integer_Digits(double dMagnitude) noexcept
     {
-        constexpr double Too_Large = 1e15; // below it a half is exact
+        constexpr double Too_Large = 1e15;
         long long nDigits = 1;
         double dLimit = 10;
         for (; dMagnitude >= dLimit && dLimit < Too_Large; dLimit *= 10)

@@ -112,6 +112,7 @@ TYPED_TEST(String_Allocation, Costs_Nothing_Where_A_Block_Can_Be_Shared_Or_Reuse
     }
     text.Insert(0, T("xx")), text.Replace(T("a"), T("aaa")), text += T("y"), text = T("short");
     text.TrimRight(), text.Remove(0, 1), text.Make_Upper(), text = TypeParam();
+    text.Format(T("%.2f"), 1.5);
     EXPECT_EQ(nCount, Allocation_Count());
     EXPECT_EQ(20U, text.Get_Alloc_Length());
     EXPECT_TRUE(Lib_StringA(L"").Is_Empty());
