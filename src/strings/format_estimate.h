@@ -44,7 +44,7 @@ public:
         // A literal reserves the characters from its place to the end of the format, not just one.
         const unsigned long long nFormat = characters::Length(m_pAt);
         const Char* pEnd = m_pAt + nFormat;
-        unsigned long long nLiterals = 0;
+        unsigned long long nLiterals = 0; // apart: a member would be stored for each character
         while (m_pAt != pEnd)
         {
             if (*m_pAt == '%' && *++m_pAt != '%')
