@@ -3,9 +3,9 @@
 #include <cerrno>
 #include <cstring>
 #include <lib_foundation.h>
-#include <string>
 
 #include <fcntl.h>
+#include <libgen.h>
 #include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -33,12 +33,11 @@ int connect_To(const Descriptor& Socket, const sockaddr_un& Address)
 class Folder_Lock
 {
 public:
-    explicit Folder_Lock(const char* pPath)
+    /// Of the folder in which the socket lies. The address is a copy, since dirname cuts it; it asks for no
+    /// memory, so that a listener can end at any time.
+    explicit Folder_Lock(sockaddr_un Address)
+        : m_Folder(open(dirname(Address.sun_path), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
     {
-        std::string strFolder(pPath);
-        const std::size_t nSlash = strFolder.rfind('/');
-        strFolder = nSlash == std::string::npos ? "." : strFolder.substr(0, nSlash + 1);
-        m_Folder = Descriptor(open(strFolder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         take();
     }
 
@@ -108,7 +107,7 @@ bool Listener::Open(const Lib_String& strPath, Lib_String& strFault)
         return false;
     }
     m_Address = *Address;
-    const Folder_Lock Lock(m_Address.sun_path);
+    const Folder_Lock Lock(m_Address);
     if (Lock.Get_Error() != 0)
     {
         strFault = Lock.Get_Error() == EWOULDBLOCK ? Lib_String(L"another process keeps the folder locked")
@@ -172,7 +171,7 @@ void Listener::Close()
 {
     if (!m_Socket.Is_Open())
         return;
-    const Folder_Lock Lock(m_Address.sun_path);
+    const Folder_Lock Lock(m_Address);
     struct stat Found;
     if (lstat(m_Address.sun_path, &Found) == 0 && Found.st_dev == m_nDevice && Found.st_ino == m_nNumber)
         unlink(m_Address.sun_path);
