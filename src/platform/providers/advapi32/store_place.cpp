@@ -25,27 +25,36 @@ std::string get_Draft(const std::string& path) { return path + ".XXXXXX"; }
 
 bool is_Shared(mode_t mode) { return (mode & S_IROTH) != 0; }
 
+/// 0, or errno: EEXIST when there is something of that name.
+int rename_To_Free_Name(const std::string& from, const std::string& to)
+{
+    return renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0 ? 0 : errno;
+}
+
 /// What others shall see has its mode, whatever the process's mask, before it has its name: who dies between
-/// the two leaves nothing behind that nobody can open. EEXIST when somebody else was faster.
+/// the two leaves nothing behind that nobody can open. EEXIST when somebody else was faster: his folder
+/// stays, also while it is empty, since he is about to make a file in it. Some file systems only know the
+/// plain rename, which replaces an empty folder.
 int make_Shared_Folder(const std::string& folder, mode_t mode)
 {
     std::string draft = get_Draft(folder);
     if (mkdtemp(draft.data()) == nullptr)
         return errno;
-    const bool made = chmod(draft.c_str(), mode) == 0 && std::rename(draft.c_str(), folder.c_str()) == 0;
-    const int error = made ? 0 : errno == ENOTEMPTY ? EEXIST : errno;
-    if (!made)
+    int error = chmod(draft.c_str(), mode) == 0 ? rename_To_Free_Name(draft, folder) : errno;
+    if (error == EINVAL)
+        error = std::rename(draft.c_str(), folder.c_str()) == 0 ? 0 : errno == ENOTEMPTY ? EEXIST : errno;
+    if (error != 0)
         rmdir(draft.c_str());
     return error;
 }
 
-/// Gives a draft its final name, unless there is one of that name. Some file systems have no links.
-bool publish(const std::string& draft, const std::string& path)
+/// Gives a draft its final name, unless there is one of that name: 0, or errno. Some file systems have no
+/// links.
+int publish(const std::string& draft, const std::string& path)
 {
-    if (link(draft.c_str(), path.c_str()) == 0)
-        return true;
-    const bool no_links = errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS;
-    return no_links && renameat2(AT_FDCWD, draft.c_str(), AT_FDCWD, path.c_str(), RENAME_NOREPLACE) == 0;
+    const int error = link(draft.c_str(), path.c_str()) == 0 ? 0 : errno;
+    const bool no_links = error == EPERM || error == EOPNOTSUPP || error == ENOSYS;
+    return no_links ? rename_To_Free_Name(draft, path) : error;
 }
 
 /// An empty file. EEXIST when there is one. It is closed before it has its name: closing a descriptor of a
@@ -59,7 +68,7 @@ int make_File(const std::string& path, mode_t mode)
         return errno;
     const int error = is_Shared(mode) && fchmod(file, mode) != 0 ? errno : 0;
     close(file);
-    const int published = error == 0 && !publish(draft, path) ? errno : error;
+    const int published = error == 0 ? publish(draft, path) : error;
     unlink(draft.c_str());
     return published;
 }
