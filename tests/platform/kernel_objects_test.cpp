@@ -210,8 +210,8 @@ TEST(Kernel_Fork, The_Child_Starts_Afresh)
 
 TEST(Kernel_Fork, Finds_All_In_Order_While_Others_Work)
 {
-    if (With_Thread_Sanitizer)
-        GTEST_SKIP() << "the thread sanitizer forbids new threads after such a fork";
+    if (!Forks_Beside_Threads)
+        GTEST_SKIP() << NO_FORK;
     std::atomic<bool> end{false};
     const HANDLE event = make_Event();
     std::thread worker(

@@ -251,8 +251,8 @@ TEST_F(Made_Threads, That_Cannot_Bear_The_Token_Of_Their_Maker_Never_Run)
 
 TEST_F(Made_Threads, Fork_Like_Others)
 {
-    if (With_Thread_Sanitizer)
-        GTEST_SKIP() << "the thread sanitizer forbids new threads after such a fork";
+    if (!Forks_Beside_Threads)
+        GTEST_SKIP() << NO_FORK;
     const HANDLE suspended = Begin(CREATE_SUSPENDED);
     const HANDLE thread = Begin(
         0,
@@ -274,8 +274,8 @@ TEST_F(Made_Threads, Fork_Like_Others)
 
 TEST_F(Made_Threads, Return_From_Their_Procedure_In_A_Forked_Child)
 {
-    if (With_Thread_Sanitizer || With_Address_Sanitizer)
-        GTEST_SKIP() << "to the leak checker the other threads' memory is lost in the child";
+    if (!Forks_Beside_Threads)
+        GTEST_SKIP() << NO_FORK;
     pid_t child = -1;
     const HANDLE thread = Begin(
         0,

@@ -1,3 +1,4 @@
+#include "sanitizers.h"
 #include "watch.h"
 
 #include <memory>
@@ -7,6 +8,8 @@
 
 TEST(Monitor_Thread_Fork, A_Child_Drops_What_Its_Parent_Runs)
 {
+    if (!test_support::Forks_Beside_Threads)
+        GTEST_SKIP() << test_support::NO_FORK;
     constexpr unsigned int PATIENCE = 60; // seconds
     Watch watch;
     Lib_Result result;
