@@ -25,10 +25,10 @@ inline constexpr bool With_Thread_Sanitizer = false;
 #endif
 
 /// Whether a process with other threads can be forked for more than an exec: the child may find a sanitizer's
-/// memory or its list of modules locked by a thread that it lacks, and the thread sanitizer forbids it new
-/// threads.
+/// memory or its list of modules locked by a thread that it lacks, the thread sanitizer forbids it new
+/// threads, and to the leak checker what the other threads held is lost in it.
 inline constexpr bool Forks_Beside_Threads = !With_Address_Sanitizer && !With_Thread_Sanitizer;
-inline constexpr const char* NO_FORK = "a sanitizer's locks are no good in a child of many threads";
+inline constexpr const char* NO_FORK = "a sanitizer does not bear such a child";
 
 } // namespace test_support
 
