@@ -281,7 +281,7 @@ TEST_F(Registry_Processes, Fork_While_Threads_Are_At_Work)
             const HKEY key = make_Key();
             EXPECT_EQ(0, set_Number(key, L"v", 0));
             std::minstd_rand random(3);
-            // Finds all functions, so that no module is being loaded when the forks come.
+            // Finds the worker's functions, so that it loads no module when the forks come.
             for (int n = 0; n < 100; ++n)
                 EXPECT_TRUE(change_Something(key, random));
             std::atomic<bool> end = false;

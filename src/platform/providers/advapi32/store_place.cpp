@@ -31,18 +31,23 @@ int rename_To_Free_Name(const std::string& from, const std::string& to)
     return renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0 ? 0 : errno;
 }
 
+/// The same for a folder. Some file systems only know the plain rename, which replaces an empty one.
+int rename_Folder(const std::string& from, const std::string& to)
+{
+    const int error = rename_To_Free_Name(from, to);
+    if (error != EINVAL && error != EOPNOTSUPP && error != ENOSYS)
+        return error;
+    return std::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno == ENOTEMPTY ? EEXIST : errno;
+}
+
 /// What others shall see has its mode, whatever the process's mask, before it has its name: who dies between
-/// the two leaves nothing behind that nobody can open. EEXIST when somebody else was faster: his folder
-/// stays, also while it is empty, since he is about to make a file in it. Some file systems only know the
-/// plain rename, which replaces an empty folder.
+/// the two leaves nothing behind that nobody can open. EEXIST when somebody else was faster.
 int make_Shared_Folder(const std::string& folder, mode_t mode)
 {
     std::string draft = get_Draft(folder);
     if (mkdtemp(draft.data()) == nullptr)
         return errno;
-    int error = chmod(draft.c_str(), mode) == 0 ? rename_To_Free_Name(draft, folder) : errno;
-    if (error == EINVAL)
-        error = std::rename(draft.c_str(), folder.c_str()) == 0 ? 0 : errno == ENOTEMPTY ? EEXIST : errno;
+    const int error = chmod(draft.c_str(), mode) == 0 ? rename_Folder(draft, folder) : errno;
     if (error != 0)
         rmdir(draft.c_str());
     return error;
@@ -102,6 +107,17 @@ int make_Folder(const std::string& folder, mode_t mode)
     return above == 0 ? make_One(folder, mode) : above;
 }
 
+/// The file and its folder, as far as they are not there.
+int make_Store(const std::string& folder, mode_t folder_mode, const std::string& file, mode_t file_mode)
+{
+    const int error = make_Folder(folder, folder_mode);
+    if (error != 0)
+        return error;
+    const int made =
+        faccessat(AT_FDCWD, file.c_str(), F_OK, AT_EACCESS) == 0 ? 0 : make_File(file, file_mode);
+    return made == EEXIST ? 0 : made;
+}
+
 DWORD check_Access(const std::string& path, int access)
 {
     return faccessat(AT_FDCWD, path.c_str(), access, AT_EACCESS) == 0 ? ERROR_SUCCESS : Code_Of_System(errno);
@@ -139,13 +155,11 @@ DWORD Store_Place::Make() const
 {
     if (m_strFile.empty())
         return m_bNowhere ? ERROR_ACCESS_DENIED : ERROR_PATH_NOT_FOUND;
-    const int error = make_Folder(m_strFolder, m_nFolder_Mode);
-    if (error != 0)
-        return Code_Of_System(error);
-    if (Find() == ERROR_SUCCESS)
-        return ERROR_SUCCESS;
-    const int made = make_File(m_strFile, m_nFile_Mode);
-    return made == 0 || made == EEXIST ? ERROR_SUCCESS : Code_Of_System(made);
+    // Another process's plain rename may replace the folder before the file is in it; each does so once.
+    int error = ENOENT;
+    for (int tries = 0; tries < 20 && error == ENOENT; ++tries)
+        error = make_Store(m_strFolder, m_nFolder_Mode, m_strFile, m_nFile_Mode);
+    return error == 0 ? ERROR_SUCCESS : Code_Of_System(error);
 }
 
 DWORD Store_Place::Check_Writable() const
